@@ -1,5 +1,5 @@
 /// \file
-/// The cases of the growth family, one function per file.
+/// The cases of the growth family. `strings`, `lists`, `maps` and `logWriters` are in separate files.
 #pragma once
 
 #include "Growth.h"
@@ -20,7 +20,8 @@ void maps(Growth& growth);
 /// peer. Returns whether all these files contain all lines.
 [[nodiscard]] bool logWriters(Growth& growth);
 
-/// The work of a process that `logWriters` starts. Returns its exit code.
+/// The work of a process that `logWriters` starts. `arguments` has the kind of the writer, the path of the file, the
+/// names of the event and the semaphore, and the id of the process that started the writer. Returns the exit code.
 [[nodiscard]] int writeLines(char** arguments);
 
 }  // namespace bench

@@ -26,7 +26,7 @@ constexpr std::size_t kFewestSamples = 5;
 constexpr double kShortestNs = 1e8;
 constexpr double kLongestNs = 5e9;
 
-/// The size of the largest cache of the processor.
+/// The size of the largest cache of the processor; 0 if the system does not report the caches.
 std::size_t largestCacheBytes() {
     std::array<SYSTEM_LOGICAL_PROCESSOR_INFORMATION, 256> entries = {};
     DWORD bytes = sizeof entries;

@@ -47,7 +47,8 @@ public:
 
     /// Times the work for each of its numbers of elements, and prints a line for each number. A cost is marked if it is
     /// more than 1.5 times the cost for a smaller number of elements. A cost within the caches is not compared with a
-    /// cost beyond the caches.
+    /// cost beyond the caches. With `--rounds 1`, numbers above 100 are omitted. If the filter does not select the
+    /// case, the function does nothing.
     void measure(const Work& work);
 
     /// Writes the CSV file, if one was requested. Returns the exit code of the program.

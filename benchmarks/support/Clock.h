@@ -17,7 +17,8 @@ enum class Clock {
     Elapsed,
 };
 
-/// Sets the Linux process id of the Wine server of this process; 0 if it is unknown.
+/// Sets the Linux process id of the Wine server of this process; 0 if it is unknown. A server whose processor time
+/// cannot be read counts as unknown.
 void setWineServer(unsigned long linuxProcessId);
 
 /// The time of the clock in nanoseconds. Only differences have a meaning.

@@ -6,9 +6,9 @@
 /// different pass than the previous round. The ratio is the peer's median divided by the library's median. If the ratio
 /// is above 1, the library is faster.
 ///
-/// The spread is the interquartile range of the ratios of the rounds, divided by their median. A case with a spread
-/// above 20 % is measured up to three times, and the result with the smallest spread is kept. If this spread is still
-/// above 20 %, the result is marked, and `finish` prints a warning.
+/// The spread is the interquartile range of the ratios of the rounds, divided by their median. Each peer has
+/// its own spread. A case with a spread above 20 % is measured up to three times, and the measurement whose largest
+/// spread is the smallest is kept. Results whose spread is still above 20 % are marked, and `finish` prints a warning.
 #pragma once
 
 #include <cstddef>

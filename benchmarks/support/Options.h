@@ -19,9 +19,9 @@ struct Options {
 };
 
 /// Reads --csv <file>, --rounds <count>, --server <id>, and a filter: only cases whose names contain the filter are
-/// run. A number of rounds from 2 to 14 becomes 15 without a message. Passes the process id of Wine's server to the
-/// clock, and binds the thread to one processor. If an argument is invalid, prints a message and ends the program with
-/// code 2.
+/// run. The last of several filters counts. A number of rounds from 2 to 14 becomes 15 without a message. Passes the
+/// process id of Wine's server to the clock, and binds the thread to one processor. If an argument is invalid, prints a
+/// message and ends the program with code 2.
 [[nodiscard]] Options readOptions(int count, char** arguments);
 
 }  // namespace bench

@@ -11,7 +11,7 @@
 namespace bench {
 
 enum class Calibration {
-    ByTime,           ///< first runs the pass until its speed is known; each sample then takes at least 2 ms
+    ByTime,           ///< first runs the pass until its speed is known; each sample then takes about 2 ms or more
     ByTimeAndPasses,  ///< like `ByTime`, but each sample also has at least four passes
     None,             ///< each sample runs the pass once, and no untimed run precedes the first sample
 };

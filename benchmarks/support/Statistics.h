@@ -22,7 +22,8 @@ inline double median(const std::vector<double>& samples) {
     return quantile(samples, 0.5);
 }
 
-/// The spread of the ratios of single rounds: their interquartile range divided by their median.
+/// The spread of the ratios `peer` / `ours` of single rounds: their interquartile range divided by their median. Both
+/// must have the same number of samples, at least one.
 inline double spreadOfRatios(const std::vector<double>& ours, const std::vector<double>& peer) {
     std::vector<double> ratios(ours.size());
     for (std::size_t round = 0; round != ratios.size(); ++round) {

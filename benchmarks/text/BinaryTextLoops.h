@@ -53,7 +53,8 @@ static inline std::size_t encodeBase64(const unsigned char* bytes, std::size_t c
 }
 
 /// Decodes `length` characters; `length` must be a multiple of four. Stops before a group of four characters that
-/// contains an invalid character, and after a group that ends in '='. Returns the number of bytes written.
+/// contains an invalid character, and after a group that ends in '='. Returns the number of bytes decoded. A group
+/// that ends in "==" has one byte, but two bytes are written.
 template <class T>
 static inline std::size_t decodeBase64(const T* text, std::size_t length, unsigned char* out) {
     const unsigned char* const start = out;

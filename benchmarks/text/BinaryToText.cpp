@@ -40,8 +40,8 @@ using Loop = std::size_t (*)(const Case<T>& input, T* out);
 template <class T>
 using ByteLoop = std::size_t (*)(const Case<T>& input, unsigned char* out);
 
-/// Compares `run(output)` with two loops, first with outputs that are reused, then with new outputs. The loops write at
-/// most `units` units.
+/// Compares `run(output)` with the table loop and, if the processor has AVX2, with the AVX2 loop: first with outputs
+/// that are reused, then with new outputs. The loops write at most `units` units.
 template <class Output, class Plain, class T, class Run, class LoopOf>
 void compareOutputs(Family& family, const std::string& what, const Case<T>& input, std::size_t units, const Run& run,
                     LoopOf tableLoop, LoopOf avx2Loop) {

@@ -255,6 +255,8 @@ int trailingAfter(unsigned char lead) {
 }
 
 /// Converts the rest of a text, one character at a time. Returns the end of the output, or null if the rest is invalid.
+/// But the function accepts overlong sequences of three or four bytes, encoded surrogates, and code points above
+/// U+10FFFF.
 char16_t* convertRest(const unsigned char* byte, const unsigned char* end, char16_t* out) {
     while (byte < end) {
         const int trailing = trailingAfter(*byte);
@@ -295,8 +297,8 @@ std::size_t utf16LengthAvx2(const char* text, std::size_t bytes) {
 std::size_t toUtf16Avx2(const char* text, std::size_t bytes, char16_t* out) {
     const char16_t* const start = out;
     std::size_t at = 0;
-    // The last characters of a block are converted with the next block. The conversion of a window reads 16 bytes, so
-    // 16 bytes must follow the block.
+    // The last characters of a block are converted with the next block. The conversion of a window reads 16 bytes, even
+    // past the block. So the loop needs more bytes after the block; 16 bytes are enough.
     while (at + 64 + 16 <= bytes) {
         const __m256i first = load32(text + at);
         const __m256i second = load32(text + at + 32);

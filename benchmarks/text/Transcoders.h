@@ -1,8 +1,10 @@
 /// \file
 /// A peer for the conversions between UTF-8 and UTF-16: the AVX2 algorithms of Daniel Lemire and Wojciech Muła,
 /// "Transcoding billions of Unicode characters per second with SIMD instructions", with the validation of John Keiser
-/// and Daniel Lemire, "Validating UTF-8 in less than one instruction per byte". For invalid text, a conversion returns
-/// 0.
+/// and Daniel Lemire, "Validating UTF-8 in less than one instruction per byte".
+///
+/// For invalid text, a conversion returns 0. In the last 79 bytes of a text, however, `toUtf16Avx2` may accept overlong
+/// sequences of three or four bytes, encoded surrogates, and code points above U+10FFFF.
 #pragma once
 
 #include <cstddef>

@@ -63,7 +63,7 @@ private:
     std::size_t m_bytes = 0;
 };
 
-// Each of the following functions appends a few words or characters of one kind of text.
+// Each of the following functions appends a short piece of text of one kind.
 
 void putAscii(Composer& text) {
     text.words('a', 'z', 4);
