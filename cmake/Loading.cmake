@@ -5,9 +5,9 @@
 # has no option for delayed loading. Instead, an import library is used whose functions call __delayLoadHelper2 of
 # libdelayimp. With clang, ADVAPI32.dll is loaded together with the DLL.
 #
-# With GCC, each section starts at a page not only in memory but also in the DLL file, so the system maps the sections
-# instead of reading them. The linker script sections.ld joins small sections, because each section takes at least a
-# page.
+# With GCC, each section starts at a page not only in memory but also in the DLL file, so Wine maps the sections instead
+# of reading them. Windows always maps them. The linker script sections.ld joins small sections, because each
+# section takes at least a page.
 function(vorel_load_quickly target)
     if(MSVC)
         target_link_libraries(${target} PRIVATE advapi32 delayimp)
@@ -41,9 +41,10 @@ function(vorel_compile_for_size)
     endif()
 endfunction()
 
-# Inlines only functions that are declared inline. Otherwise the exported copies of BaseString's inline members would be
-# large, because they would contain all functions that they call. Programs rarely call these copies, because the members
-# are inlined in programs.
+# Inlines fewer functions in release builds. GCC still inlines functions that are declared inline, small functions, and
+# functions that are called once. clang still inlines functions with the attribute always_inline. Without the option,
+# the exported copies of BaseString's inline members would be large, because they would contain all functions that they
+# call. Programs rarely call these copies, because the members are inlined in programs.
 function(vorel_inline_less)
     if(NOT MSVC)
         set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS "$<$<CONFIG:Release>:-fno-inline-functions>")

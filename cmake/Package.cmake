@@ -16,6 +16,8 @@
 #   share/doc/vorelCore/     README, changelog, SECURITY.md, docs/, examples/, integrations/, and the page of the
 #                            package for Node
 #
+# The packages of CPack also have README.txt in the top folder.
+#
 # The component "symbols" contains bin/vorelCore.dll.debug. Only a command that names the component installs it: `cmake
 # --install build --component symbols`. The package may be moved to another folder, because it contains no absolute
 # paths.

@@ -1,8 +1,8 @@
-# Options for compiling every target of this project: the language, the floating-point rules, the warnings, and traps on
-# undefined behaviour. They do not affect the users of the library.
+# Options for compiling the C++ targets of this project: the language, the floating-point rules, the warnings, and traps
+# on undefined behaviour. They do not affect the users of the library.
 
 # The presets of ./dev enable this option. By default it is off, because other versions of the compilers may have other
-# warnings.
+# warnings. With Microsoft's compiler and clang-cl, the option has no effect.
 option(VOREL_WARNINGS_AS_ERRORS "End the build at a warning" OFF)
 if(VOREL_WARNINGS_AS_ERRORS)
     set(vorelWarningsAsErrors -Werror)

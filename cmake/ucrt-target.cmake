@@ -1,5 +1,5 @@
-# The common part of the toolchain files of GCC and clang: the target, the macros of the universal C runtime, and the
-# folders in which CMake searches.
+# The common part of the toolchain files of GCC and clang: the target, the macros of the universal C runtime, the
+# folders in which CMake searches, and the script that runs the target's programs under Wine.
 
 # In MSYS2 on Windows the compiler is not a cross compiler.
 if(NOT CMAKE_HOST_WIN32)
