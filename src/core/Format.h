@@ -31,11 +31,13 @@ int streamPrint(std::FILE* stream, const char* fmt, ...) noexcept;
 /// Renders into `buffer` of `size` units, or into a heap block if the text does not fit. Returns one of:
 ///
 /// - `buffer`;
-/// - the heap block, also stored in `heapOut`; the caller must `free` it;
+/// - the heap block, also stored in `heapOut`;
 /// - `buffer` with the text truncated to `size - 1` units and `truncatedOut` set, if the block cannot be allocated;
-/// - null if `fmt` is null or cannot be rendered, or if another thread lengthens an argument during the call.
+/// - null if `fmt` is null or cannot be rendered, if the text does not fit and its length cannot be determined, or if
+///   another thread lengthens an argument during the call.
 ///
-/// The functions never throw.
+/// `heapOut` is unchanged if no block is needed, so the caller must set it to null before the call. The caller must
+/// `free` it after every call, because it can contain a block even if the result is null. The functions never throw.
 char* formatWithFallback(char* buffer, std::size_t size, char*& heapOut, bool& truncatedOut, const char* fmt,
                          va_list args) noexcept;
 wchar_t* formatWithFallback(wchar_t* buffer, std::size_t size, wchar_t*& heapOut, bool& truncatedOut,

@@ -8,8 +8,8 @@
 
 namespace vorel::detail {
 
-/// Whether the state exists. The first call creates the state. This happens when the library is loaded, or earlier if a
-/// global object of the program uses the static library.
+/// Whether the state exists. Creates the state if its creation has not started yet. Usually, the state is created when
+/// the library is loaded. It is created earlier if a global object of the program uses the static library first.
 bool libraryStateExists() noexcept;
 
 /// One object of the state.
@@ -21,9 +21,9 @@ public:
     StateObject(const StateObject&) = delete;
     StateObject& operator=(const StateObject&) = delete;
 
-    /// Returns the object. The result is null while the state is being created, after it is destroyed, and if it cannot
-    /// be created. Callers must then work without the object, because a program may log while the library is loaded or
-    /// unloaded.
+    /// Returns the object. The result is null while the state is being created, from the start of its destruction, and
+    /// if it cannot be created. Callers must then work without the object, because a program may log while the library
+    /// is loaded or unloaded.
     [[nodiscard]] T* get() noexcept { return libraryStateExists() ? object() : nullptr; }
 
     /// For LibraryState.cpp.

@@ -15,8 +15,9 @@ struct StringAccess {
     static bool tryReserve(BaseString<T>& string, unsigned int count, bool discard,
                            unsigned int& capacityWanted) noexcept;
 
-    /// Replaces the text by the first `length` units of `text`, which may point into the string. If memory runs out,
-    /// returns false, leaves the string unchanged, and sets `capacityWanted` as `tryReserve` does.
+    /// Replaces the text by the first `length` units of `text`, which may point into the string. Without `length`,
+    /// `text` ends at its terminator; null is an empty text. If memory runs out, returns false, leaves the string
+    /// unchanged, and sets `capacityWanted` as `tryReserve` does.
     static bool tryAssign(BaseString<T>& string, const T* text, unsigned int length,
                           unsigned int& capacityWanted) noexcept;
     static bool tryAssign(BaseString<T>& string, const T* text, unsigned int length) noexcept;

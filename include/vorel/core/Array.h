@@ -13,9 +13,9 @@
 /// assignment. When the array grows, it copies each element into the new storage. Storage never shrinks. An array may
 /// be used by one thread at a time.
 ///
-/// Elements may be arrays, exceptions, and other types whose destructor may throw. An operation that removes elements
-/// releases all of them, even if one destructor fails, and then throws the first failure. Later failures are recorded
-/// in the log as "Array::~Array: ... suppressed" and swallowed.
+/// Elements may be arrays, exceptions, and other types whose destructor may throw. An operation that removes elements,
+/// or copies them into new storage, releases all old elements, even if one destructor fails. It then throws the first
+/// failure. Later failures are recorded in the log as "Array::~Array: ... suppressed" and swallowed.
 #pragma once
 
 #include <algorithm>
@@ -68,7 +68,7 @@ public:
     Array() noexcept = default;
 
     /// Creates an array of copies of `items`, in their order. The array has exactly as many slots as elements; for an
-    /// empty list it has no storage. Braces always list elements: `Array<int>{3}` is one element, 3.
+    /// empty list it has no storage. A number in braces is an element, not a count: `Array<int>{3}` has one element, 3.
     ///
     ///     vorel::Array<vorel::BaseString<char>> names{"left", "right"};   // 2 elements
     ///
@@ -146,8 +146,7 @@ public:
     /// Moves the elements of `other` into this array. The storage of `other` moves too, unless it has fewer slots than
     /// this array. `other` becomes empty and has no storage.
     /// \throws Exception or any other class: the failure of an element's assignment, or the first failure of an
-    /// element's
-    ///         destructor.
+    ///         element's destructor.
     // NOLINTNEXTLINE(bugprone-exception-escape,performance-noexcept-move-constructor): it throws what elements throw
     Array& operator=(Array&& other) noexcept(kMovesCannotFail) {
         Array taken(std::move(other));
@@ -234,8 +233,8 @@ public:
     /// Provides slots for at least `count` elements; storage never shrinks. If the array must grow and `exact` is true,
     /// it then has exactly `count` slots. If `exact` is false, the number of slots (5 if there are fewer) is doubled
     /// until it is large enough. So an append takes amortised constant time.
-    /// \throws MemoryException(slots, element size) if the storage or the copy of an element cannot be allocated; the
-    ///         array is unchanged.
+    /// \throws MemoryException(slots, element size) if the storage cannot be allocated; MemoryException if the copy of
+    ///         an element cannot be allocated. In both cases the array is unchanged.
     void reserve(unsigned int count, bool exact = false) {
         if (count > m_allocated) {
             Array grown = grownTo(count, exact);

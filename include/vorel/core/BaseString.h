@@ -142,8 +142,8 @@ public:
     // NOLINTNEXTLINE(google-explicit-constructor): a string converts to a view implicitly by design
     operator std::basic_string_view<T>() const noexcept { return view(); }
 
-    /// The number of units before the terminator. If the length is unknown, the units are counted, and the length is
-    /// stored.
+    /// The number of units before the terminator; 0 if the string has no buffer. If the length of a text in the buffer
+    /// is unknown, the units are counted, and the length is stored.
     VOREL_API_INLINE unsigned int length() const noexcept {
         // Several threads may count the same text; all store the same length.
         const unsigned int known = std::atomic_ref<unsigned int>(m_length).load(std::memory_order_relaxed);

@@ -7,9 +7,10 @@
 /// | `ForcedCriticalSection` | always                                        |
 /// | `NoLock`                | never                                         |
 ///
-/// The locks are recursive: the owner may lock again, and must call `unlock` once for each `lock`. `lock` takes a time
-/// limit and a flag, like every lock of the library. A critical section distinguishes two limits only: 0 tries once,
-/// every other value waits without limit. So `lock(60000, true)` waits without limit by design.
+/// The locks are recursive: the owner may lock again, and must call `unlock` once for each `lock` or `tryLock` that
+/// succeeded. `lock` takes a time limit and a flag, like every lock of the library. A critical section distinguishes
+/// two limits only: 0 tries once, every other value waits without limit. So `lock(60000, true)` waits without limit by
+/// design.
 #pragma once
 
 #include "vorel/Export.h"
@@ -60,6 +61,7 @@ public:
     ForcedCriticalSection& operator=(const ForcedCriticalSection&) = delete;
 
     /// Waits for the lock, or only tries to lock if `timeout` is 0. Returns whether the calling thread holds the lock.
+    /// The second argument is ignored. `tryLock` is the same as `lock` with the time limit 0.
     bool lock(unsigned int timeout, bool);
     bool tryLock();
     void unlock();

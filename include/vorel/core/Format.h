@@ -10,8 +10,9 @@
 namespace vorel::util {
 
 /// The number of units of the text that `fmt` and `args` render to, without the terminator; negative if they cannot be
-/// rendered. A `va_list` is a plain `char*` on 64-bit Windows, so the caller's list does not change. The runtime
-/// renders the text to the null device, so the number is exact. Thread-safe; never throws.
+/// rendered, or if the null device cannot be opened. A `va_list` is a plain `char*` on 64-bit Windows, so the caller's
+/// list does not change. The runtime renders the text to the null device, so the number is exact. Thread-safe; never
+/// throws.
 ///
 ///     "%d-%s" with 12, "ab"  ->  5
 VOREL_API int calculateSnprintFBufferSize(const char* fmt, va_list args);

@@ -48,8 +48,9 @@ private:
 template <class Lock>
 class UnGuard {
 public:
-    /// Unlocks `lock`, which must outlive the guard. If that fails, the exception of `unlock` leaves the constructor,
-    /// and no `UnGuard` exists that would lock again.
+    /// Unlocks `lock` once; `lock` must outlive the guard. If the thread has locked `lock` several times, the thread
+    /// still holds it during the block. If unlocking fails, the exception of `unlock` leaves the constructor, and no
+    /// `UnGuard` exists that would lock again.
     explicit UnGuard(Lock& lock) : m_lock(&lock), m_held(false) { lock.unlock(); }
 
     /// Locks the lock again. An `AutoMutex` waits up to a minute; a critical section waits without limit. A failure,

@@ -29,8 +29,8 @@
 
 namespace vorel {
 
-/// The smallest odd prime above `n`; 2 for 1. `n` must not be 0. When a map grows, its new bucket count comes from this
-/// function.
+/// The smallest odd prime above `n`; 2 for 1. `n` must not be 0. When an insertion grows a map, the new bucket count
+/// comes from this function.
 ///
 ///     1 -> 2    2 -> 3    7 -> 11    8 -> 11    24 -> 29
 inline std::uint64_t nextPrime(std::uint64_t n) noexcept {
@@ -141,7 +141,7 @@ public:
         [[nodiscard]] const Key& key() const noexcept { return m_node->key; }
         [[nodiscard]] Value& value() const noexcept { return m_node->value; }
 
-        /// Moves to the next entry. The order is unspecified.
+        /// Moves to the next entry, or to the end. The order is unspecified. The iterator must not be at the end.
         Iterator& operator++() noexcept {
             m_node = m_node->next;
             skipEmptyBuckets();
@@ -172,7 +172,8 @@ public:
         Node* m_node;
     };
 
-    /// Creates a map of `bucketCount` buckets. A map of 0 buckets can only be resized.
+    /// Creates a map of `bucketCount` buckets. If the map has 0 buckets, `put`, `find` and `remove` throw until the map
+    /// is resized.
     /// \throws MemoryException if the buckets cannot be allocated.
     explicit HashMap(unsigned int bucketCount = 0) {
         if (bucketCount != 0) {
@@ -183,8 +184,9 @@ public:
     HashMap(const HashMap&) = delete;
     HashMap& operator=(const HashMap&) = delete;
 
-    /// Releases every node. The first failure of a key's or value's destructor is rethrown. While another exception
-    /// unwinds the stack, the failure is recorded and swallowed instead.
+    /// Releases every node. The first failure of a key's or value's destructor is recorded and rethrown. If this
+    /// failure is not a library exception, an `Exception` is thrown instead. While another exception unwinds the stack,
+    /// the failure is recorded and swallowed.
     ~HashMap() noexcept(false) {
         detail::runDestructor(L"HashMap", [this] { clear(); });
     }
@@ -193,16 +195,16 @@ public:
     [[nodiscard]] unsigned int size() const noexcept { return m_size; }
     [[nodiscard]] unsigned int bucketCount() const noexcept { return m_buckets.size(); }
 
-    /// The limit for the number of entries: three quarters of the bucket count. At this limit, an insertion grows the
-    /// map before it adds the entry.
+    /// The limit for the number of entries: three quarters of the bucket count, rounded down. At this limit, an
+    /// insertion grows the map before it adds the entry.
     [[nodiscard]] unsigned int growAt() const noexcept { return m_growAt; }
 
     /// Inserts an entry and returns its position. Does not search for an equal key. If two entries have the same key,
     /// lookups find the newer one until the map grows; growing reverses the order within a bucket.
     /// \throws Exception "Tried to put into a hash map with 0 buckets"; MemoryException if the buckets cannot grow;
     ///         `std::bad_alloc` if a node cannot be allocated, because nodes come from the global `operator new` by
-    ///         design; the exceptions of the assignments to key and value. After an exception, the map has the same
-    ///         entries as before.
+    ///         design; the exceptions of the default constructors and the assignments of key and value. After an
+    ///         exception, the map has the same entries as before.
     Iterator put(std::uint64_t hash, const Key& key, const Value& value) {
         if (bucketCount() == 0) {
             detail::throwFailure(L"Tried to put into a hash map with 0 buckets");
@@ -242,7 +244,8 @@ public:
         return end();
     }
 
-    /// Removes the entry that `find` returns, and returns whether there was one. Its node is kept for reuse.
+    /// Removes the entry that `find` returns, and returns whether there was one. Its node, with the key and the
+    /// value, is kept for reuse.
     /// \throws Exception "Tried to remove from hash map with 0 buckets"; MemoryException if the node cannot be kept:
     ///         the entry is then not removed.
     bool remove(const Key& key, std::uint64_t hash) {
@@ -261,7 +264,7 @@ public:
         return false;
     }
 
-    /// Grows the map to `newCount` buckets. The number of buckets never shrinks.
+    /// Grows the map to `newCount` buckets. Does nothing if the map has at least as many buckets already.
     /// \throws MemoryException; the map is unchanged. Exception "Cannot resize a hash map to 0" if `newCount` is 0 and
     ///         the map has no buckets.
     void resize(unsigned int newCount) {

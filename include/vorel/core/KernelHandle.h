@@ -19,6 +19,8 @@ public:
     KernelHandle(const KernelHandle&) = delete;
     KernelHandle& operator=(const KernelHandle&) = delete;
     KernelHandle(KernelHandle&& other) noexcept : m_handle(other.release()) {}
+
+    /// Exchanges the handles. The destructor of `other` then closes the handle that this object owned.
     KernelHandle& operator=(KernelHandle&& other) noexcept {
         std::swap(m_handle, other.m_handle);
         return *this;

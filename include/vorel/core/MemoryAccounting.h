@@ -5,9 +5,11 @@
 ///
 ///     class Node : public vorel::AllocBase {
 ///     public:
-///         static void* operator new(std::size_t size) { return _alloc(size); }
+///         static void* operator new(std::size_t size) noexcept { return _alloc(size); }
 ///         static void operator delete(void* node) { _free(node); }
 ///     };
+///
+/// This `operator new` returns null if the allocation fails, so it must be `noexcept`. `new Node` is then null.
 #pragma once
 
 #include "vorel/Export.h"
