@@ -35,7 +35,8 @@ std::string reportPath(const std::string& folder, unsigned long number);
 /// Returns false if the file cannot be written.
 bool writeReport(const std::string& path, const Report& report);
 
-/// Returns false if the file does not exist or is incomplete.
+/// Reads a report into `report`, which must be empty. Returns false if the file does not exist or is incomplete;
+/// `report` then contains the part that could be read.
 bool readReport(const std::string& path, Report& report);
 
 }  // namespace shared_log

@@ -64,7 +64,7 @@ private:
     bool m_good = true;
 };
 
-/// The time "Mon Nov 16 01:43:08 2026" in seconds; -1 for any other text.
+/// A local time such as "Mon Nov 16 01:43:08 2026", in seconds since 1970 (UTC); -1 if the text has another form.
 long long secondsOf(std::string_view text) {
     std::tm time{};
     time.tm_isdst = -1;

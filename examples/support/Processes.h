@@ -24,6 +24,8 @@ using Handle = std::unique_ptr<void, CloseHandleOf>;
 /// Lets all workers start at the same time. The parent creates the start line, and each worker opens it by its name.
 class StartLine {
 public:
+    /// Creates the start line `name`, or opens it if it exists.
+    /// \throws vorel::Win32Exception if the start line can be neither created nor opened.
     explicit StartLine(const std::string& name);
 
     /// For a worker. Reports that the worker is ready, and waits for the start. Returns false if the parent
@@ -39,11 +41,12 @@ private:
     Handle m_go;
 };
 
-/// Starts `program` with `arguments`.
+/// Starts `program` with `arguments`. An argument must not contain quotation marks or end in a backslash, because it is
+/// put in quotation marks without escaping.
 /// \throws vorel::Win32Exception if the process cannot be started.
 Handle startProcess(const std::string& program, const std::vector<std::string>& arguments);
 
-/// Waits for the end of a process and returns its exit code. Terminates the process after 120 seconds.
+/// Waits for the end of a process and returns its exit code. Terminates the process with exit code 1 after 120 seconds.
 unsigned long exitCodeOf(const Handle& process);
 
 }  // namespace examples
