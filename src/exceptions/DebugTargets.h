@@ -73,8 +73,8 @@ private:
         Links next{};
     };
 
-    /// The position of a name: for each level, the links of the last entry before the name, and the entry that these
-    /// links lead to.
+    /// The position of a name: for each level, the links of the last entry before the name, or the first links of the
+    /// set if no entry is before the name; and the entry that these links lead to, or null.
     struct Position {
         std::array<Links*, kLevels> before;
         std::array<Entry*, kLevels> after;

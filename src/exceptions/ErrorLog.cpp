@@ -152,7 +152,8 @@ bool appendIfNotLarger(const char* path, long long limit, LogLine& line) noexcep
     return true;
 }
 
-/// Runs `action` under the log-settings lock.
+/// Runs `action` under the log-settings lock. While the library state does not exist (during load and unload), runs
+/// `action` without the lock.
 template <class Action>
 void withSettings(Action&& action) noexcept {
     if (detail::LogState* const state = detail::logState.get()) {
@@ -181,7 +182,7 @@ void Exception::MirrorErrorMessage(const char* logPath, long long maxSize, const
             }
         });
         path.readLocation();
-        limit = -1;  // the first line of a log that was never configured is written without a size check
+        limit = -1;  // the first line of a log whose path was not set is written without a size check
     }
     LogLine line(prefix, message, isDebugTargetActive(L"LogsIncludeMsecs"));
     if (!isLimited(path.text(), limit) || !appendIfNotLarger(path.text(), limit, line)) {

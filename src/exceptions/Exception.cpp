@@ -56,8 +56,8 @@ void Exception::rethrow() {
 
 void Exception::AssignFrom(const Exception& source) noexcept {
     if (this != &source) {
-        // If memory runs out, the copy has fewer messages, but keeps its class. The copy never has more messages than
-        // the source, because shrinking cannot fail.
+        // If memory runs out, the copy has fewer messages, or some of its texts are empty, but the copy keeps its
+        // class. The copy never has more messages than the source, because shrinking cannot fail.
         m_stack.resize(source.m_stack.size());
         for (std::size_t entry = 0; entry < m_stack.size(); ++entry) {
             copyText(m_stack[entry].message, source.m_stack[entry].message);

@@ -1,8 +1,8 @@
 /// \file
 /// The functions of `Exception` that a handler calls. Each function adds a record to the caught exception, or to a new
-/// `Exception` if an exception of another class was caught. Then `catch…` functions remove the messages, and `rethrow…`
-/// and `throw…` functions throw the exception. The functions for destructors throw nothing while another exception
-/// unwinds the stack.
+/// `Exception` if an exception of another class was caught. Then `catch…` functions remove the messages, `append…`
+/// functions keep them, and `rethrow…` and `throw…` functions throw the exception. The functions for destructors throw
+/// nothing while another exception unwinds the stack.
 
 #include <cstdarg>
 #include <exception>

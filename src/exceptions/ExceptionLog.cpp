@@ -1,7 +1,9 @@
 /// \file
 /// The diagnostic channels. Each channel except `trace` renders the caller's message, adds its prefixes, and writes one
 /// line, even if the mirror is off (see `GetMirrorErrorLog`). The line is written to the error log, unless the caller
-/// names another file for `log`. `debug` writes only if its target is active. `trace` does nothing.
+/// names another file for `log`. `debug` writes only if its target is active. No channel writes if the size limit is 0
+/// (for `log`, the parameter `size`), or if the log is disabled for the calling thread. `trace`, `traceClass` and
+/// `traceCallStack` do nothing.
 
 #include <initializer_list>
 #include <string_view>

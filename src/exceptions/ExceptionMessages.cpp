@@ -190,7 +190,7 @@ const char* Exception::getCharErrorMessageBlock(const char* separator) const noe
             block += message;
         }
     } catch (...) {
-        // If memory runs out, the block has only the messages appended so far.
+        // If memory runs out, the block has only the messages and separators appended so far.
     }
     m_charBlock = std::move(block);
     return m_charBlock.view().data();

@@ -52,7 +52,7 @@ bool LogFile::tryLock() noexcept {
 }
 
 bool LogFile::isLargerThan(long long limit) const noexcept {
-    // This call is faster than the runtime's function, which also queries the times of the file.
+    // This call is faster than the runtime's `_fstat64`, which also queries the times of the file.
     LARGE_INTEGER size = {};
     return GetFileSizeEx(reinterpret_cast<void*>(_get_osfhandle(m_descriptor)), &size) != 0 &&
            size.QuadPart <= INT_MAX && size.QuadPart > limit;

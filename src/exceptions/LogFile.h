@@ -1,6 +1,7 @@
 /// \file
 /// The open error log: a descriptor, a lock on the whole file, and a stream over the descriptor. `close` first releases
-/// the lock, then closes the stream and the descriptor.
+/// the lock, then closes the stream and the descriptor. So flush the stream before `close`; otherwise `close` writes
+/// the buffered text without the lock.
 #pragma once
 
 #include <cstddef>

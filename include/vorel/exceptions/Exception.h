@@ -92,9 +92,9 @@ public:
     void defineLocation(const char* location) noexcept;
 
     /// Adds "HRESULT: %X - %ls" with the system's text for `hr`. The prefix of the line in the log is
-    /// "AddHRESULTErrorToStack: ". Nothing is added for 0, for E_FAIL, or for a code without a text. A code without a
-    /// text is logged as "HR not found", even if logging is delayed. Unless logging is delayed, the call ends with a
-    /// line that has only the prefix, even if nothing was added.
+    /// "AddHRESULTErrorToStack: ", or "Vorel Error: " if logging is delayed. Nothing is added for 0, for E_FAIL, or for
+    /// a code without a text. A code without a text is logged at once as "HR not found", even if logging is delayed.
+    /// Unless logging is delayed, the call ends with a line that has only the prefix, even if nothing was added.
     void addHRESULTErrorToStack(int hr) noexcept;
 
     /// Removes all messages.
@@ -199,8 +199,9 @@ public:
     /// \name Error log
     /// The log is a file with one line of text per message. Any number of processes and threads may write to the file;
     /// each writer locks the whole file. A size limit is a number of bytes. 0 switches the log off. With 1 or more, a
-    /// file that has grown beyond the limit is moved to its backup (".001" appended). With a negative limit the file
-    /// grows without bound. The computer name in the lines is queried once, because it changes only at a restart.
+    /// file that has grown beyond the limit is moved to its backup (".001" appended), unless it has 2 GiB or more. With
+    /// a negative limit the file grows without bound. The computer name in the lines is queried once, because it
+    /// changes only at a restart.
     /// \{
 
     static const long long DefaultLogSize = 1000000;
@@ -208,9 +209,13 @@ public:
 
     /// Sets the path of the file, in the process's narrow code page. Only the first 1023 bytes of the path are used. A
     /// null or empty path selects the default file "C:\TalvenorError.txt". If `size` is 1 or more, the call also sets
-    /// the size limit. Unless the process has an invalid-parameter handler, the call installs a handler that logs
-    /// invalid parameters of runtime functions as warnings. The start-up code of mingw-w64 installs another handler. So
-    /// a program built with mingw-w64 must first call `_set_invalid_parameter_handler(nullptr)` to get the warnings.
+    /// the size limit.
+    ///
+    /// Unless the process has an invalid-parameter handler, the call installs a handler for invalid parameters of
+    /// runtime functions. If the runtime passes details, the handler logs them as a warning. The release runtime
+    /// passes no details, so the handler then logs nothing. The start-up code of mingw-w64 installs another handler. So
+    /// a program built with mingw-w64 must first call `_set_invalid_parameter_handler(nullptr)` to get the library's
+    /// handler.
     ///
     /// A wide path is converted by the current locale. If it cannot be converted, the path becomes the text "Error in
     /// text conversion", so the log is a file of this name in the current directory.
@@ -230,11 +235,12 @@ public:
 
     /// \}
     /// \name Diagnostic channels
-    /// Each call writes one line to the error log: a prefix and the rendered message. A call needs at most 20 KB of
-    /// stack in its wide form and 28 KB in its narrow form, in addition to the stack of the runtime and the system.
+    /// Unless a comment below says otherwise, each call writes one line to the error log: a prefix and the rendered
+    /// message. A call needs at most 20 KB of stack in its wide form and 28 KB in its narrow form, in addition to the
+    /// stack of the runtime and the system.
     /// \{
 
-    /// Always writes "WARN: " and the message.
+    /// Writes "WARN: " and the message.
     VOREL_PRINTF(1, 2) static void warn(const char* format, ...) noexcept;
     static void warn(const wchar_t* format, ...) noexcept;
 
@@ -256,8 +262,8 @@ public:
                            const wchar_t* format, ...) noexcept;
 
     /// Writes "prefix: message" to the file `logPath` with the size limit `size`. If `logPath` is null or empty, writes
-    /// to the current file. If `size` is 0, writes nothing. If `size` is negative, the current limit applies.
-    /// `logClass` writes "prefix: class::method: message".
+    /// to the current file. If `size` is 0, writes nothing. If `size` is negative, the current limit applies; if the
+    /// current limit is 0, the line is written without a limit. `logClass` writes "prefix: class::method: message".
     VOREL_PRINTF(4, 5)
     static void log(const char* logPath, long long size, const char* prefix, const char* format, ...) noexcept;
     static void log(const char* logPath, long long size, const wchar_t* prefix, const wchar_t* format, ...) noexcept;
@@ -287,7 +293,7 @@ protected:
     void SetMessageOnStack(const wchar_t* fmt, va_list args) noexcept;
     void SetMessageOnStack(const char* fmt, va_list args) noexcept;
 
-    /// Replaces the message at `index` by a rendered text. Nothing is logged.
+    /// Replaces the message at `index` by a rendered text; an index out of range is ignored. Nothing is logged.
     void UpdateMessageOnStack(unsigned int index, const wchar_t* fmt, va_list args) noexcept;
 
     /// Removes all messages.
@@ -297,10 +303,11 @@ protected:
     /// `getErrorMessageBlock` and `getCharErrorMessageBlock` have returned.
     void AssignFrom(const Exception& source) noexcept;
 
-    /// Appends one line to the log `logPath` (null or empty: the current file) with the size limit `maxSize` (0: writes
-    /// nothing; negative: the current limit). A null `prefix` is written as "NULL Method", a null `message` as "NULL
-    /// Message". If `force` is false, the line is written only while the mirror is on. A line that cannot be written is
-    /// dropped silently.
+    /// Appends one line to the log `logPath` (null or empty: the current file) with the size limit `maxSize`. If
+    /// `maxSize` is 0, or the log is disabled for the calling thread, writes nothing. If `maxSize` is negative, the
+    /// current limit applies; if the current limit is 0, the line is written without a limit. A null `prefix` is
+    /// written as "NULL Method", a null `message` as "NULL Message". If `force` is false, the line is written only
+    /// while the mirror is on. A line that cannot be written is dropped silently.
     static void MirrorErrorMessage(const char* logPath, long long maxSize, const char* prefix, const wchar_t* message,
                                    bool force) noexcept;
 

@@ -1,7 +1,7 @@
 /// \file
-/// The formats of the records that handlers add to an exception. They are exported so that clients can write the same
-/// lines. A format with one `%ls` takes a function name. A format with `%ls::%ls` takes a class name and a method name.
-/// A destructor format takes the class name twice.
+/// The formats of the records that handlers of exceptions write. They are exported so that clients can write the same
+/// lines. The library itself does not use `vexTestFailed`. A format with one `%ls` takes a function name. A format with
+/// `%ls::%ls` takes a class name and a method name. A destructor format takes the class name twice.
 #pragma once
 
 #include "vorel/Export.h"
