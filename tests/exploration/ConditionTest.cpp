@@ -26,7 +26,8 @@ using vorel::ForcedCriticalSection;
 
 constexpr unsigned int kTimeoutMs = 60000;
 
-/// Waiters that increment `m_began` under the lock and then wait. Derived scenarios add a task that signals.
+/// Waiters that increment `m_began` under the lock and then wait. Derived scenarios add a task that signals or
+/// broadcasts.
 class ConditionScenario : public SystemScenario {
 protected:
     void start() override {

@@ -226,7 +226,7 @@ TEST_F(ErrorLogExploration, OnlyALongLineOfAKilledWriterIsTorn) {
     EXPECT_NE(counts.torn, 0u);
 }
 
-// A line may be lost only for the reasons in the following tests.
+// The following tests show when a line is lost although its call has returned.
 
 TEST_F(ErrorLogExploration, ALineIsLostOnlyIfTheLogStaysLocked) {
     Counts counts;

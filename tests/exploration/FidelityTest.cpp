@@ -15,8 +15,8 @@ namespace {
 
 using exploration::Script;
 
-/// A step for which Wine differs from the documentation. The model follows the documentation. See
-/// docs/platform-differences.md.
+/// A step for which Wine or a newer version of Windows differs from the documentation. The model follows the
+/// documentation. See docs/platform-differences.md.
 struct Difference {
     const char* call;
     const char* system;
@@ -28,7 +28,8 @@ const Difference kDifferences[] = {
     {"unlock", "failed 33", "failed 158"},
     // Under Wine, a write at the handle's position succeeds, even if another handle has locked the range.
     {"print", "done", "failed errno 13"},
-    // Under Wine, the name of a deleted file that is still open can be used again.
+    // Under Wine, and on NTFS with newer versions of Windows, the name of a deleted file that is still open can be used
+    // again.
     {"open", "done", "failed errno 13"},
 };
 

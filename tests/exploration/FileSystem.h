@@ -23,7 +23,8 @@ class FileSystem {
 public:
     explicit FileSystem(Machine& machine);
 
-    /// Opens the file with GENERIC_ rights, FILE_SHARE_ modes and a disposition of `CreateFileW`.
+    /// Opens the file with FILE_SHARE_ modes and a disposition of `CreateFileW`. Of the rights in `access`, only
+    /// GENERIC_READ, GENERIC_WRITE and DELETE have an effect.
     HANDLE open(const std::string& path, DWORD access, DWORD sharing, DWORD disposition);
 
     /// Appends to the file, or writes at the handle's position.

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-// A title in quotation marks names a page of the documentation of Windows.
+// A title in quotation marks names a page of the documentation of Windows. Only where a comment says so, the quotation
+// marks contain a sentence of such a page.
 
 namespace exploration {
 
@@ -11,7 +12,8 @@ namespace {
 // Thread-local, because threads that the runtime or the system starts must use the real system.
 thread_local Machine* s_current = nullptr;
 
-/// The handles of the model are larger than any handle of the system.
+/// The handles of the model are larger than any handle that the system assigns. Pseudo handles, such as
+/// INVALID_HANDLE_VALUE, are even larger.
 constexpr std::uintptr_t kFirstHandle = 0x10000000;
 
 std::string narrow(const std::wstring& text) {
@@ -136,8 +138,9 @@ std::optional<bool> Machine::close(HANDLE handle) {
 
 // ---- Events, mutexes, mappings --------------------------------------------------------------------------------------
 
-/// "CreateMutexW function": an existing object with the name is opened with all rights, and the last error is
-/// ERROR_ALREADY_EXISTS. "If the name matches an object of another type, the function fails with ERROR_INVALID_HANDLE."
+/// "CreateMutexW function": an existing object with the name is opened with the rights of a new object, here `access`,
+/// and the last error is ERROR_ALREADY_EXISTS. If the name belongs to an object of another type, the function fails
+/// with ERROR_INVALID_HANDLE.
 HANDLE Machine::create(KernelObject object, const SECURITY_ATTRIBUTES* attributes, DWORD access) {
     if (!object.name.empty()) {
         if (std::shared_ptr<KernelObject> existing = named(object.name)) {
@@ -278,8 +281,8 @@ bool Machine::releaseMutex(HANDLE handle) {
     return true;
 }
 
-/// Gives the object to `task` if the event is signalled, or if the mutex is free or already belongs to `task`. Sets
-/// `result` to the result of the wait.
+/// Gives the object to `task` if the event is signalled, or if the mutex is free or already belongs to `task`. Returns
+/// whether `task` got the object, and then sets `result` to the result of the wait.
 bool Machine::take(KernelObject& object, TaskId task, DWORD& result) {
     result = WAIT_OBJECT_0;
     if (object.kind == KernelObject::Kind::Event) {
@@ -379,7 +382,8 @@ void Machine::taskEnded(TaskId task) {
     abandon(task);
 }
 
-/// "Terminating a Process": the handles of the process are closed, and its locks of files are released.
+/// "Terminating a Process": the handles of the process are closed. "LockFileEx function": its locks of files are
+/// released.
 void Machine::processKilled(ProcessId process, const std::vector<TaskId>& tasks) {
     for (const TaskId task : tasks) {
         abandon(task);

@@ -1,8 +1,8 @@
 /// \file
 /// A model of the parts of Windows that the locks, the conditions, the secured objects and the log use. It follows the
-/// documentation of Windows. In the .cpp files, the comment of each rule contains the title of the page that has the
-/// rule. Calls that open, wait for, change or close a shared object are scheduling points, except calls outside of a
-/// task.
+/// documentation of Windows. In the .cpp files, the comment of a rule contains the title of the page that has the rule.
+/// Calls that open, wait for, change or close a shared object or a file are scheduling points, and so are calls that
+/// enter or leave a critical section. Calls outside of a task are not scheduling points.
 ///
 /// A call that fails sets the last error, as in the system.
 #pragma once
@@ -78,7 +78,7 @@ public:
     [[nodiscard]] TaskId task() const;
     [[nodiscard]] ProcessId process() const;
 
-    // ---- Events and mutexes ----
+    // ---- Events, mutexes and mappings ----
 
     HANDLE createEvent(const SECURITY_ATTRIBUTES* attributes, bool isManualReset, bool isSignalled,
                        const wchar_t* name);

@@ -20,7 +20,8 @@ class RuntimeFiles {
 public:
     explicit RuntimeFiles(FileSystem& files) : m_files(files) {}
 
-    /// `_sopen_s` with _O_WRONLY, and optionally _O_CREAT and _O_APPEND. Returns 0 or the error.
+    /// `_sopen_s` with _O_WRONLY. Of the other flags, only _O_CREAT and _O_APPEND have an effect. Every `sharing`
+    /// except _SH_DENYNO denies all sharing. Returns 0 or the error.
     int open(int& descriptor, const char* path, int flags, int sharing);
 
     /// The handle of a descriptor of this model; null for other descriptors.
@@ -54,7 +55,7 @@ private:
     FileSystem& m_files;
     std::map<int, Descriptor> m_descriptors;
     std::map<const std::FILE*, std::unique_ptr<Stream>> m_streams;
-    int m_nextDescriptor = 1000;  // larger than any descriptor of the runtime
+    int m_nextDescriptor = 1000;  // larger than any descriptor that the runtime gives to these tests
 };
 
 }  // namespace exploration

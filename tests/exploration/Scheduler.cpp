@@ -174,7 +174,7 @@ public:
 private:
     static constexpr const char* kChanged = "the schedule is not the same when it is repeated";
 
-    /// Returns from the task's fiber to `step`.
+    /// Switches from the task's fiber back to `resume`.
     void leave() { m_fibers.main().resume(); }
 
     [[nodiscard]] std::vector<Ending> endings() const {
@@ -187,8 +187,8 @@ private:
         return result;
     }
 
-    /// Chooses one of the options: runs a task to its next scheduling point, or kills a process. False if no task can
-    /// continue, or after a failure.
+    /// Chooses one of the options: runs a task to its next scheduling point, or kills a process. Returns false if no
+    /// option exists or the choice fails. If the task itself fails, the result is true, and `m_failure` is set.
     bool step() {
         const std::vector<Option> options = allOptions();
         if (options.empty()) {
@@ -235,7 +235,7 @@ private:
                 offer(options, {Option::Kind::Kill, id, preemptions});
             }
         };
-        // The task that ran last comes first, so the first schedule has no preemption.
+        // The task that ran last comes first, so the first schedule never leaves a task that can continue.
         if (m_last) {
             add(*m_last);
         }

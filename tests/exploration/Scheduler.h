@@ -7,7 +7,8 @@
 /// The model of the system has a scheduling point before each call, and another after each call that releases an
 /// object. At a scheduling point, the scheduler decides which task continues. A schedule is the list of these
 /// decisions. The next schedule repeats the decisions before the last decision that has an untried option, and then
-/// takes this option. The search ends when no decision has an untried option.
+/// takes this option. When no decision has an untried option, the search starts again with a limit that allows one more
+/// preemption. It ends when a higher limit is not allowed or would add no schedule.
 #pragma once
 
 #include <chrono>
@@ -53,22 +54,25 @@ public:
     virtual void taskEnded(TaskId) {}
     virtual void processKilled(ProcessId) {}
 
-    /// Called as soon as no task can continue. Checks the result, and calls `Scheduler::fail` if it is wrong.
+    /// Called when no task can continue, unless the schedule has failed. Checks the result, and calls `Scheduler::fail`
+    /// if it is wrong.
     virtual void finish(const std::vector<Ending>& endings) = 0;
 };
 
 struct Limits {
     static constexpr unsigned int kUnlimited = ~0u;
 
-    unsigned int preemptions = kUnlimited;  ///< maximum number of switches from a task that could continue
-    unsigned int kills = 0;                 ///< maximum number of processes that are killed in one schedule
+    /// Maximum number of preemptions in one schedule: switches from a task that could continue, and some ends of time
+    /// limits and sleeps (see `Scheduler::block` and `Scheduler::sleep`).
+    unsigned int preemptions = kUnlimited;
+    unsigned int kills = 0;  ///< maximum number of processes that are killed in one schedule
     std::chrono::milliseconds time = std::chrono::hours(1);
-    std::size_t decisions = 2000;  ///< a schedule with more decisions is reported as endless
+    std::size_t decisions = 2000;  ///< a schedule with more steps of the scheduler is reported as endless
 };
 
 struct Failure {
     std::string message;
-    std::vector<std::string> trace;      ///< one line for each call and each killed process
+    std::vector<std::string> trace;      ///< one line for each call, each killed process and the failure
     std::vector<std::size_t> decisions;  ///< for `replay`
 
     [[nodiscard]] std::string text() const;
@@ -76,7 +80,7 @@ struct Failure {
 
 struct Result {
     unsigned long long schedules = 0;
-    std::size_t longest = 0;        ///< decisions of the longest schedule
+    std::size_t longest = 0;        ///< number of decisions with more than one option in the longest schedule
     bool hasFinishedLevel = false;  ///< whether all schedules with up to `preemptions` preemptions were run
     unsigned int preemptions = 0;
     bool isComplete = false;    ///< whether every schedule within the limits was run
@@ -86,10 +90,12 @@ struct Result {
 
 using ScenarioFactory = std::function<std::unique_ptr<Scenario>()>;
 
-/// Runs all schedules within `limits` until one fails. Schedules with fewer preemptions are run first.
+/// Runs all schedules within `limits` until one fails or the time is over. Schedules with fewer preemptions are run
+/// first, and again at each higher limit on preemptions.
 Result explore(const ScenarioFactory& factory, const Limits& limits);
 
-/// Runs the schedule of a failure again.
+/// Runs the schedule of a failure again. The options of a decision depend on the limits. So if `limits.preemptions` is
+/// not the limit at which `explore` found the failure, the decisions may select another schedule.
 std::optional<Failure> replay(const ScenarioFactory& factory, const Limits& limits,
                               const std::vector<std::size_t>& decisions);
 
@@ -114,11 +120,11 @@ public:
     virtual void point() = 0;
 
     /// A scheduling point at which the task cannot continue before `isFree` is true or, if there is a time limit, the
-    /// wait has timed out.
+    /// wait has timed out. A timeout counts as a preemption in the same cases as the end of a sleep.
     virtual Wake block(std::function<bool()> isFree, std::optional<Tick> milliseconds) = 0;
 
-    /// A scheduling point at which the task sleeps. If the sleep ends while another task could continue, or before an
-    /// earlier time limit or sleep ends, this counts as a preemption.
+    /// A scheduling point at which the task sleeps. The end of the sleep counts as a preemption if another task could
+    /// continue, or if another time limit or sleep would end earlier.
     virtual void sleep(Tick milliseconds) = 0;
 
     /// Chooses one of `count` (at least 1) possible results of a call.

@@ -1,5 +1,5 @@
 /// \file
-/// Tests of the explorer itself: it runs every order of the tasks' steps, and finds textbook races and a deadlock.
+/// Tests of the explorer itself: it runs every order of the tasks' steps, and finds a lost update and a deadlock.
 
 #include <cerrno>
 #include <set>

@@ -90,8 +90,8 @@ private:
     std::thread m_thread;
 };
 
-/// A security descriptor with the rights that the library gives its objects: everyone may use the object, nobody may
-/// change its security.
+/// A security descriptor with the rights that the library gives its objects: everyone may use the object, but the
+/// access list denies everyone the rights to change its security.
 class SharedDescriptor {
 public:
     SharedDescriptor() {

@@ -1,5 +1,6 @@
 /// \file
-/// Redirects the system calls of this program to the model, while a model exists.
+/// Redirects system calls of this program to the model, while a `SimulatedImports` and a model exist. Calls that are
+/// not for the model are forwarded to the system.
 #pragma once
 
 #include <memory>

@@ -80,7 +80,9 @@ private:
 
 class ExplorationTest : public testing::Test {
 protected:
-    /// Runs the schedules of a scenario that is constructed from `arguments`. No schedule may fail.
+    /// Runs the schedules of a scenario that is constructed from `arguments`. No schedule may fail. The environment
+    /// variable VOREL_EXPLORE_SECONDS replaces the time limit. If VOREL_EXPLORE_REPLAY has the decisions of a schedule,
+    /// runs only this schedule.
     template <class T, class... Arguments>
     void explores(const Limits& limits, const Arguments&... arguments) {
         run([&]() -> std::unique_ptr<Scenario> { return std::make_unique<T>(arguments...); }, limits);
