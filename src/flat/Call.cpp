@@ -9,8 +9,9 @@ namespace vorel::flat {
 
 namespace {
 
-/// Stores the message of a library exception as the thread's last failure, and logs the exception. If the exception
-/// has no message, for example because memory ran out, `fallbackMessage` is stored instead.
+/// Stores the first message of a library exception as the thread's last failure, and logs that `function` has caught
+/// the exception. If the exception has no message, for example because memory ran out, `fallbackMessage` is stored
+/// instead.
 vorel_status end(Exception& exception, vorel_status status, const wchar_t* fallbackMessage,
                  const wchar_t* function) noexcept {
     const wchar_t* const message = exception.what();

@@ -29,7 +29,7 @@ using vorel::util::Hex;
 
 namespace {
 
-/// The digits of a hexadecimal text, without a leading "0x".
+/// The digits of a hexadecimal text, without a leading "0x" or "0X".
 std::wstring_view withoutPrefix(std::wstring_view text) noexcept {
     const bool hasPrefix = text.size() > 1 && text[0] == '0' && vorel::algorithms::foldCase(text[1]) == 'x';
     return hasPrefix ? text.substr(2) : text;

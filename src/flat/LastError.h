@@ -1,7 +1,8 @@
 /// \file
 /// The last failure of each thread in the flat interface. No function here throws. If memory for a failure cannot be
 /// allocated, the thread's last failure becomes VOREL_ERROR_OUT_OF_MEMORY with a fixed message. If the system has no
-/// free fiber-local slot, or cannot set the slot's value, nothing is recorded.
+/// free fiber-local slot, or cannot set the slot's value, nothing is recorded. Nothing is recorded either while the
+/// library is loaded or unloaded.
 #pragma once
 
 #include <cstddef>
@@ -23,9 +24,9 @@ struct Failure {
 };
 
 /// The last failures of all threads. Each thread has its failure in a fiber-local slot. The slot's callback frees the
-/// failure when the thread ends. `thread_local` is not used for two reasons. With some compilers, the destructors of
-/// thread-local variables do not run reliably when a thread ends. If no memory is available for such a variable, the
-/// program is terminated.
+/// failure when the thread ends. If a thread runs fibers, each fiber has its own failure. `thread_local` is not used
+/// for two reasons. With some compilers, the destructors of thread-local variables do not run reliably when a thread
+/// ends. If no memory is available for such a variable, the program is terminated.
 class LastErrors {
 public:
     LastErrors() noexcept;
@@ -37,7 +38,7 @@ public:
     /// Replaces the calling thread's failure. A message of more than `kMaxUnits` units is truncated.
     void remember(vorel_status status, std::wstring_view message) const noexcept;
 
-    /// The calling thread's last failure; null before the first failure.
+    /// The calling thread's last failure; null if none has been recorded.
     [[nodiscard]] const Failure* last() const noexcept;
 
 private:

@@ -27,7 +27,8 @@ namespace util = vorel::util;
 
 static_assert(sameValue(VOREL_FORMAT_DEFAULT, util::FO_Default) && sameValue(VOREL_FORMAT_JSON, util::FO_JSON));
 
-/// Reads the value at the beginning of `text` with `scan` and sets `*used` to its length in units.
+/// Reads the value at the beginning of `text` with `scan` and sets `*used` to the number of units that `scan` has read,
+/// including white space.
 template <class Value, class Scan>
 vorel_status scanText(const wchar_t* function, const vorel_char16* text, size_t length, Value* value, size_t* used,
                       Scan scan) {
@@ -77,7 +78,7 @@ bool isBoolean(const WideText& text) {
     return util::canCoerceToBoolean(text.c_str());
 }
 
-/// Whether the text is hexadecimal digits with optional white space around them.
+/// Whether the text is one to eight hexadecimal digits with optional white space around them.
 bool isHex(const WideText& text) {
     const auto isSpace = [](wchar_t unit) { return vorel::algorithms::isSpace(unit); };
     const std::wstring_view all = text.view();

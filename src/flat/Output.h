@@ -56,7 +56,8 @@ public:
         }
     }
 
-    /// Writes an `Array` or a view of a text.
+    /// Writes an `Array` or a view of a text. If the buffer is too small, returns VOREL_ERROR_BUFFER_TOO_SMALL, and
+    /// stores this failure as the thread's last failure.
     template <class Sequence>
     [[nodiscard]] vorel_status write(const Sequence& units) const noexcept {
         const vorel_status status =

@@ -53,7 +53,9 @@ Array<char> toUtf8(std::wstring_view text) {
 
 std::optional<Array<wchar_t>> toUtf16(std::string_view bytes) {
     Array<wchar_t> units;
-    units.setCount(static_cast<unsigned int>(bytes.size()) + 1);  // each unit comes from at least one byte
+    // Each unit comes from at least one byte. But a truncated sequence at the end of a piece can give a surrogate pair,
+    // which exceeds the capacity by one unit.
+    units.setCount(static_cast<unsigned int>(bytes.size()) + 1);
     wchar_t* out = units.data();
     const bool isUtf8 = eachPiece(
         bytes,

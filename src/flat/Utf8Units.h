@@ -18,8 +18,8 @@ constexpr std::size_t utf8Capacity(std::size_t units) noexcept {
     return units * kMaxPerUnit + kSlack;
 }
 
-/// Writes `text` as UTF-8 to `bytes` and returns the number of bytes written. A zero must follow `text`. `bytes` must
-/// have space for `utf8Capacity(text.size())` bytes.
+/// Writes `text` as UTF-8 to `bytes` and returns the number of bytes written. An unpaired surrogate becomes "?". A zero
+/// must follow `text`. `bytes` must have space for `utf8Capacity(text.size())` bytes.
 std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept;
 
 /// Like the function above, but the result is an array. \throws MemoryException.

@@ -11,7 +11,8 @@ extern "C" {
 /// \name Code pages
 /// A code page is identified by its number in the system, 1 to 65534. Any other number gives
 /// `VOREL_ERROR_INVALID_ARGUMENT`. `VOREL_ERROR_UNSUPPORTED` means that the system does not support the code page.
-/// Texts may contain zeros, but names must not.
+/// An empty text is an exception: its result is empty, even if the system does not support the code page. Texts may
+/// contain zeros, but names must not.
 /// \{
 
 /// Returns the number of the code page `name`. Names are not case-sensitive. The status is `VOREL_ERROR_UNKNOWN_NAME`
@@ -21,7 +22,9 @@ extern "C" {
 VOREL_API vorel_status vorel_code_page_by_name(const vorel_char16* name, size_t length, int32_t* codePage);
 
 /// Converts bytes of a code page to UTF-16. The status is `VOREL_ERROR_INVALID_TEXT` if the bytes are not valid in the
-/// code page.
+/// code page. For some code pages, the system cannot check whether bytes are valid. The status is then
+/// `VOREL_ERROR_UNSUPPORTED`, although the system supports the code page. These code pages are 42, 50220, 50221, 50222,
+/// 50225, 50227, 50229, 57002 to 57011, and 65000 (UTF-7).
 VOREL_API vorel_status vorel_code_page_to_utf16(int32_t codePage, const void* bytes, size_t size, vorel_char16* output,
                                                 size_t capacity, size_t* outputLength);
 

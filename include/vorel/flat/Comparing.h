@@ -28,9 +28,9 @@ VOREL_API vorel_status vorel_compare(const vorel_char16* a, size_t aLength, cons
 /// Compares two versions number by number; any single character separates two numbers. `isAtLeast` becomes 1 if
 /// `version` is at least `required`, else 0. It becomes 0 if either text is empty. If all numbers of `version` are
 /// equal to the first numbers of `required`, and `required` has more numbers, it becomes 0, even if these numbers are
-/// zero.
+/// zero. It also becomes 0 if no two numbers at the same position differ, and `required` ends with a separator.
 ///
-///     "10.2", "9.9"  ->  1        "1.2", "1.2.0"  ->  0
+///     "10.2", "9.9"  ->  1        "1.2", "1.2.0"  ->  0        "1.2.3", "1.2."  ->  0
 VOREL_API vorel_status vorel_version_at_least(const vorel_char16* version, size_t versionLength,
                                               const vorel_char16* required, size_t requiredLength, int32_t* isAtLeast);
 

@@ -1,6 +1,7 @@
 /// \file
 /// The flat interface: UTF-8 and binary-to-text encodings. vorelCoreC.h has the rules for all functions. This header
-/// also includes the headers of code pages and URL encoding, because some programs expect these functions here.
+/// also includes the headers of code pages, URL encoding and the last failure, because some programs expect these
+/// functions here.
 #pragma once
 
 #include "vorel/flat/CodePages.h"
@@ -39,10 +40,11 @@ VOREL_API vorel_status vorel_utf16_to_utf8(const vorel_char16* text, size_t leng
 VOREL_API vorel_status vorel_base64_encode(const void* bytes, size_t size, vorel_char16* output, size_t capacity,
                                            size_t* outputLength);
 
-/// Decodes Base64. White space is skipped. Padding ends the text; units after the padding are ignored. The status is
-/// `VOREL_ERROR_INVALID_TEXT` for any other character outside the alphabet, and for an incomplete group of four. In a
-/// group, "=" as the first or second character counts as A. "=" as the third character ends the text, even if the
-/// fourth character is a letter or a digit.
+/// Decodes Base64. Tabs, line feeds, carriage returns and spaces are skipped. A "=" as the third or fourth character of
+/// a group of four ends the text: the units after this group are ignored. "=" as the first or second character of a
+/// group counts as A. After "=" as the third character, the fourth character may be any character of the alphabet or
+/// "=". The status is `VOREL_ERROR_INVALID_TEXT` for any other character outside the alphabet, and for an incomplete
+/// group.
 VOREL_API vorel_status vorel_base64_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                            size_t* outputLength);
 
@@ -64,7 +66,7 @@ VOREL_API vorel_status vorel_daylight_decode(const vorel_char16* text, size_t le
 VOREL_API vorel_status vorel_hex_encode(const void* bytes, size_t size, int32_t upperCase, vorel_char16* output,
                                         size_t capacity, size_t* outputLength);
 
-/// Decodes pairs of hexadecimal digits in either case, with or without the prefix "0x". The status is
+/// Decodes pairs of hexadecimal digits in either case, with or without the prefix "0x" or "0X". The status is
 /// `VOREL_ERROR_INVALID_TEXT` for anything else, and for an odd number of digits.
 VOREL_API vorel_status vorel_hex_decode(const vorel_char16* text, size_t length, void* output, size_t capacity,
                                         size_t* outputLength);

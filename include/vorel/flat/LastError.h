@@ -10,11 +10,14 @@ extern "C" {
 
 /// The status of the calling thread's last failure; `VOREL_OK` before the first failure. Successful calls and the three
 /// functions in this header do not change it. If memory for a failure's message cannot be allocated, the last failure
-/// is `VOREL_ERROR_OUT_OF_MEMORY`, whatever status the function returned.
+/// is `VOREL_ERROR_OUT_OF_MEMORY`, whatever status the function returned. If the system has no fiber-local slot for the
+/// failures, or cannot set its value, no failure is stored.
 VOREL_API vorel_status vorel_last_error_status(void);
 
-/// The message of the calling thread's last failure. If an exception caused the failure, the message is the text of the
-/// exception. The message is empty before the first failure. A message longer than 500 units is truncated.
+/// The message of the calling thread's last failure. If an exception of the library caused the failure, the message is
+/// the first message of the exception. If the exception has no message, or is not an exception of the library, the
+/// message is a general text. The message is empty before the first failure. A message longer than 500 units is
+/// truncated.
 VOREL_API vorel_status vorel_last_error_message(vorel_char16* message, size_t capacity, size_t* length);
 
 /// Like `vorel_last_error_message`, but the message is UTF-8, at most 1500 bytes.

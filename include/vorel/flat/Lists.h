@@ -17,8 +17,9 @@ extern "C" {
 /// that each function accepts or skips.
 /// \{
 
-/// Parse integers separated by commas or white space. Fractions are dropped. By design, an empty item between two
-/// commas has the value 0, and white space after a comma is itself an item with the value 0.
+/// Parse integers separated by commas or white space. Fractions are dropped. By design, an item without digits has the
+/// value 0, such as an empty item before a comma, and white space after a comma is itself an item with the value 0. A
+/// value out of range wraps around.
 ///
 ///     "1,2.9,-3"  ->  1 2 -3
 VOREL_API vorel_status vorel_parse_int32_list(const vorel_char16* text, size_t length, int32_t* values, size_t capacity,
@@ -59,25 +60,31 @@ VOREL_API vorel_status vorel_parse_ranges(const vorel_char16* text, size_t lengt
 /// \{
 
 /// Splits `text` at each occurrence of the whole `delimiter`. Two adjacent delimiters have an empty item between them.
-/// No item follows a delimiter at the end of the text.
+/// No item follows a delimiter at the end of the text. If `delimiter` is empty, the text is one item. An empty text has
+/// no items.
 ///
 ///     "a::b::" at "::"  ->  "a" "b"
 VOREL_API vorel_status vorel_split_text(const vorel_char16* text, size_t length, const vorel_char16* delimiter,
                                         size_t delimiterLength, vorel_char16* items, size_t capacity,
                                         size_t* itemsLength);
 
-/// Splits `text` at each character in `delimiters`. An item in double quotes may contain delimiters, and two
-/// consecutive double quotes in it are one double quote. An item with incorrect quotes is kept unchanged. If `trim` is
-/// not 0, white space at both ends of an item is removed.
+/// Splits `text` at each character in `delimiters`. Two adjacent delimiters have an empty item between them. No item
+/// follows a delimiter at the end of the text. An item in double quotes may contain delimiters, and two consecutive
+/// double quotes in it are one double quote. If the quotes are incorrect (text after the closing quote, or no closing
+/// quote), they are ordinary characters of the item, which ends at the first delimiter. If `trim` is not 0, white space
+/// at both ends of an item is removed.
 ///
 ///     a,"b,c","d""e" at ","  ->  a   b,c   d"e
 VOREL_API vorel_status vorel_split_list(const vorel_char16* text, size_t length, const vorel_char16* delimiters,
                                         size_t delimitersLength, int32_t trim, vorel_char16* items, size_t capacity,
                                         size_t* itemsLength);
 
-/// Joins the items with `delimiter`, so that `vorel_split_list` can split them again: an item that contains the
-/// delimiter or a double quote is quoted. The status is `VOREL_ERROR_INVALID_TEXT` if the last item does not end in a
-/// zero. `VOREL_ZERO_TERMINATED` is not allowed here and gives `VOREL_ERROR_INVALID_ARGUMENT`.
+/// Joins the items with `delimiter`. An item that contains the delimiter or a double quote is put in double quotes, and
+/// the double quotes in it are doubled. If there is only one item and it already begins and ends with a double quote,
+/// it is not changed. If `delimiter` is one unit, `vorel_split_list` without `trim` can split the result again, except
+/// for that single item and for an empty item at the end, which is lost. vorel/values/Joining.h describes the search
+/// for a longer delimiter. The status is `VOREL_ERROR_INVALID_TEXT` if the last item does not end in a zero.
+/// `VOREL_ZERO_TERMINATED` is not allowed here and gives `VOREL_ERROR_INVALID_ARGUMENT`.
 VOREL_API vorel_status vorel_join_list(const vorel_char16* items, size_t length, const vorel_char16* delimiter,
                                        size_t delimiterLength, vorel_char16* output, size_t capacity,
                                        size_t* outputLength);

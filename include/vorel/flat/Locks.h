@@ -54,7 +54,7 @@ typedef struct vorel_condition vorel_condition;
 
 /// Opens the condition `name`, and creates it if it does not exist. The caller must close the handle. The name must not
 /// be empty and is used unchanged; the prefix "Global\" makes it machine-wide. The status is `VOREL_ERROR_SYSTEM` if
-/// the condition cannot be opened.
+/// the condition cannot be opened; such a call can last half a second.
 VOREL_API vorel_status vorel_condition_open(const vorel_char16* name, size_t length, vorel_condition** condition);
 
 /// Releases one waiter. If no thread waits, the next waiter is released at once.

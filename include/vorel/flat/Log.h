@@ -16,7 +16,8 @@ extern "C" {
 /// to the code page in which the runtime reads paths: UTF-8 if the program's locale uses UTF-8, otherwise the code page
 /// of the process. The locale must not change to or from UTF-8 afterwards. The status is `VOREL_ERROR_INVALID_TEXT` if
 /// the code page lacks a character or if a surrogate is unpaired, and `VOREL_ERROR_INVALID_ARGUMENT` if the converted
-/// path is longer than 1023 bytes.
+/// path is longer than 1023 bytes. The call also installs the library's invalid-parameter handler, as
+/// `Exception::SetErrorLogLocation` does.
 VOREL_API vorel_status vorel_log_set_path(const vorel_char16* path, size_t length);
 
 /// Returns the path of the file.

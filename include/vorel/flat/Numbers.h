@@ -16,8 +16,8 @@ extern "C" {
 /// the text contains anything else, or no value.
 /// \{
 
-/// Parses an integer with an optional sign; "12.", "12.0" and "12.000" are 12. A value out of range wraps around, as
-/// everywhere in the library. The functions for unsigned integers do not accept '-'.
+/// Parses an integer with an optional sign; "12.", "12.0" and "12.000" are 12. A value out of range wraps around.
+/// The functions for unsigned integers do not accept '-'.
 VOREL_API vorel_status vorel_parse_int32(const vorel_char16* text, size_t length, int32_t* value);
 VOREL_API vorel_status vorel_parse_uint32(const vorel_char16* text, size_t length, uint32_t* value);
 VOREL_API vorel_status vorel_parse_int64(const vorel_char16* text, size_t length, int64_t* value);
@@ -37,12 +37,13 @@ VOREL_API vorel_status vorel_parse_boolean(const vorel_char16* text, size_t leng
 
 /// \}
 /// \name Parsing the beginning of a text
-/// These functions skip white space, parse the value that follows, and report in `used` how many units they read. If
-/// the text has no value, the value is 0 and the status is `VOREL_OK`. vorel/values/NumberParsing.h has the rules for
-/// numbers (`stringToInt` and the related functions), and vorel/values/BooleanParsing.h the rules for booleans
-/// (`stringToBoolean`).
+/// These functions skip white space, parse the value that follows, and report in `used` how many units they read. A
+/// boolean must be the whole rest of the text. If the text has no value, the value is 0 and the status is `VOREL_OK`.
+/// vorel/values/NumberParsing.h has the rules for numbers (`stringToInt` and the related functions), and
+/// vorel/values/BooleanParsing.h has the rules for booleans (`stringToBoolean`).
 ///
-///     "42 apples"  ->  42, 3 units used        "-x"  ->  0, 1 unit used
+///     vorel_scan_int32:   "42 apples"  ->  42, 3 units used        "-x"  ->  0, 1 unit used
+///     vorel_scan_double:  "42 apples"  ->  42, 2 units used
 /// \{
 
 /// Each function parses a value of the type in the function's name, as described above, and sets `used` to the number

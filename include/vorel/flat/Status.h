@@ -32,7 +32,7 @@ typedef int32_t vorel_status;
 /// The values of `vorel_status`.
 enum {
     VOREL_OK = 0,
-    VOREL_ERROR_INVALID_ARGUMENT = 1,  ///< a null pointer, a number out of range, an unknown flag
+    VOREL_ERROR_INVALID_ARGUMENT = 1,  ///< for example a null pointer, a number out of range, an unknown flag
     VOREL_ERROR_BUFFER_TOO_SMALL = 2,  ///< only the length of the output was written
     VOREL_ERROR_OUT_OF_MEMORY = 3,
     VOREL_ERROR_INVALID_TEXT = 4,  ///< the function does not accept the input text

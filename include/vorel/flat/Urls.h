@@ -9,14 +9,15 @@ extern "C" {
 #endif
 
 /// \name URLs
-/// Text is converted to UTF-8 first, so a non-ASCII character becomes the escapes of its bytes. Escapes have upper-case
-/// digits. The control characters 1 to 31 and 127 are never escaped.
+/// Text is converted to UTF-8 first, so a non-ASCII character becomes the escapes of its bytes, and a surrogate that is
+/// not part of a pair becomes "?". Escapes have upper-case digits. The control characters 1 to 31 and 127 are never
+/// escaped.
 /// \{
 
 /// The flags of `vorel_url_encode` and `vorel_url_decode`.
 enum {
-    VOREL_URL_ESCAPE_RESERVED = 1,  ///< $ & + , / : ; = ? @ are escaped too
-    VOREL_URL_SPACE_AS_PLUS = 2,    ///< a space becomes '+'
+    VOREL_URL_ESCAPE_RESERVED = 1,  ///< only for encoding: $ & + , / : ; = ? @ are escaped too
+    VOREL_URL_SPACE_AS_PLUS = 2,    ///< only for encoding: a space becomes '+'
     VOREL_URL_PLUS_AS_SPACE = 4,    ///< only for decoding: a '+' becomes a space
 };
 

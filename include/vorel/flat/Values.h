@@ -1,6 +1,6 @@
 /// \file
-/// The flat interface: numbers, booleans, lists and times from and to text, text comparison, and error texts. This
-/// header includes the headers of these families.
+/// The flat interface: numbers, booleans, lists and times as text, the current time, text comparison, error texts, and
+/// the last failure. This header includes the headers of these families.
 #pragma once
 
 #include "vorel/flat/Comparing.h"
