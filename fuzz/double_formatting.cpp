@@ -47,8 +47,8 @@ void writeInAllForms(fuzz::Input& input) {
     const std::string expected = test::textOfDouble(value, json);
     write<T>(value, json ? DoubleForm::Json : DoubleForm::Plain, expected, target);
 
-    // `DoubleForm::Raw` gives the text that the runtime's print functions write. Normalising it must give the expected
-    // text.
+    // `DoubleForm::Raw` gives the text before normalisation. Its exponent may have only two digits, and its point may
+    // have no digit after it. Normalising the text must give the expected text.
     constexpr std::size_t kCapacity = 64;
     char* const text = fuzz::outputPages().allocate<char>(kCapacity, target);
     writeDouble<Rest::Unspecified>(value, DoubleForm::Raw, text);

@@ -40,8 +40,8 @@ int valueOf(T unit, bool withStatus) {
     if (!withStatus) {
         return 0;
     }
-    // The decoder with a status uses the lower byte of a unit. It gives the characters from ':' to '@' the values 3 to
-    // 9.
+    // The decoder with a status uses the lower byte of a unit, but a unit above 0xFF never counts as a lower-case
+    // letter. The decoder gives the characters from ':' to '@' the values 3 to 9.
     const std::size_t position = std::string_view(":;<=>?@ABCDEF").find(static_cast<char>(number & 0xFF));
     const std::size_t decimal = std::string_view("0123456789").find(static_cast<char>(number & 0xFF));
     if (decimal != std::string_view::npos) {

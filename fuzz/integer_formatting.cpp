@@ -1,4 +1,4 @@
-// Writes integers as text of both widths to buffers of any size, and compares the digits with the result of
+// Writes integers as text of both widths to buffers of 0 to 40 units, and compares the digits with the result of
 // `std::to_string`.
 
 #include <algorithm>

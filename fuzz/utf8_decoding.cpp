@@ -1,4 +1,5 @@
-// Decodes UTF-8 to 16-bit units, in pieces of any size, and compares the units with the reference.
+// Decodes UTF-8 to 16-bit units, in pieces with a capacity of 0 to 600 units, and compares the units with the
+// reference.
 
 #include <cstdint>
 #include <string>
@@ -16,7 +17,7 @@ using LastPair = vorel::algorithms::Utf8Reader::LastPair;
 struct Reading {
     std::basic_string_view<unsigned char> bytes;
     int length;
-    std::size_t capacity;  ///< units per piece
+    std::size_t capacity;  ///< the capacity of a piece, in units
     fuzz::Placement source;
     fuzz::Placement target;
 };

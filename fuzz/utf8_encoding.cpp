@@ -1,4 +1,4 @@
-// Encodes 16-bit units as UTF-8, in pieces of any size, and compares the bytes with the reference.
+// Encodes 16-bit units as UTF-8, in pieces of up to 640 bytes, and compares the bytes with the reference.
 
 #include <algorithm>
 #include <cstdint>

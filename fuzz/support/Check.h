@@ -18,7 +18,8 @@ inline void check(bool holds, const char* rule) noexcept {
     }
 }
 
-/// Whether the text from `begin` to `end` is `expected`, widened for wide text.
+/// Whether the text from `begin` to `end` is `expected`, widened for wide text. For wide text, `expected` must be
+/// ASCII.
 template <class T>
 bool isText(const T* begin, const T* end, const std::string& expected) noexcept {
     return std::equal(begin, end, expected.begin(), expected.end());

@@ -22,14 +22,14 @@ namespace fuzz {
 enum class Place {
     AtEnd,    ///< ends at the start of an inaccessible page
     AtStart,  ///< begins at the end of an inaccessible page
-    Across,   ///< crosses the border of two accessible pages
+    Across,   ///< lies at the border of two accessible pages; `Placement::before` says how much is before the border
 };
 
 /// The position of a block in its pages, and the noise around the block.
 struct Placement {
     Place place;
     unsigned char noise;
-    std::size_t before;  ///< number of elements before the border; only for `Place::Across`
+    std::size_t before;  ///< maximum number of elements before the border; only for `Place::Across`
 };
 
 /// Each `allocate` and each `copy` invalidates the previous block.
