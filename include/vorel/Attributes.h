@@ -7,11 +7,12 @@
 /// parameter has the number 1. In a non-static member function it has the number 2, because the object has the
 /// number 1. No compiler checks wide formats.
 ///
-/// Formats have the syntax of the Windows runtime. Clang supports this syntax. GCC does not support it, so GCC checks
-/// nothing unless the program defines VOREL_CHECK_FORMATS before it includes the library. GCC then checks formats by
-/// the C standard: it finds arguments of wrong types, but it also warns about the Windows-only conversions `%hs`,
-/// `%hc`, `%hS`, `%ws`, `%wc`, `%Z`, `%Iu` and `%I64d`, and misreads `%I32d`. Programs that define the macro write
-/// `%s`, `%ls`, `%zu`, `%lld` and `%d` instead.
+/// Formats have the syntax of the Windows runtime. Clang supports this syntax, but warns about a `wchar_t` for `%wc`.
+/// GCC does not support the whole syntax, so GCC checks nothing unless the program defines VOREL_CHECK_FORMATS before
+/// it includes the library. GCC then checks formats by the C standard: it finds arguments of wrong types, but it also
+/// warns about the Windows-only conversions `%hs`, `%hc`, `%hS`, `%ws`, `%wc` and `%Z`, and about the Windows-only
+/// prefixes `I` and `I64` of 64-bit integers (`%Iu`, `%I64d`). It misreads `%I32d`. Programs that define the macro
+/// write `%s`, `%ls`, `%zu`, `%lld` and `%d` instead.
 #if defined(__clang__)
 #define VOREL_PRINTF(which, first) [[gnu::format(printf, which, first)]]
 #elif defined(__GNUC__) && defined(VOREL_CHECK_FORMATS)

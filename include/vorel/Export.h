@@ -1,12 +1,17 @@
 /// \file
-/// The export macro, and checks that a program fits the library. Every header of the C++ interface includes this file.
+/// The export macro, and checks that a program fits the library. Every header that declares a part of the C++ interface
+/// includes this file, directly or through another header.
 ///
 /// A program must use the C runtime and the C++ standard library that vorelCore was built with, because the program
-/// frees memory that vorelCore allocated and catches exceptions that vorelCore threw. If the C runtime is wrong, or the
-/// language is older than C++20, this header causes a compile error. If the standard library is wrong, the linker
-/// reports an undefined symbol. Without this error, Windows would end the program at the first exception. The error
-/// arises as follows: every program refers to a symbol named after its standard library, for example
-/// `vorelCore_is_built_for_libcxx`. vorelCore defines only the symbol of the standard library that it was built with.
+/// frees memory that vorelCore allocated and catches exceptions that vorelCore threw.
+///
+/// This header causes a compile error if the language is older than C++20, or if a program of mingw-w64 uses another C
+/// runtime than UCRT. It does not detect the static C runtime of Microsoft's compiler (/MT).
+///
+/// If the standard library is wrong, the linker reports an undefined symbol. Without this error, Windows would end the
+/// program at the first exception. The error arises as follows: every program refers to a symbol named after its
+/// standard library, for example `vorelCore_is_built_for_libcxx`. vorelCore defines only the symbol of the standard
+/// library that it was built with. If the program is linked with `--gc-sections`, GNU ld does not report the error.
 ///
 /// The flat interface (vorelCoreC.h) does not include this header: it works with every C runtime and compiler.
 #pragma once

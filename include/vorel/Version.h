@@ -5,9 +5,9 @@
 
 #include "vorel/Export.h"
 
-/// The version of these headers. Before 1.0, a new minor version may change the interface; from 1.0 on, only a new
-/// major version may change it. A new patch version never changes the interface. The build fails if these numbers
-/// differ from the version of the CMake project.
+/// The version of these headers. Before 1.0, a new minor version may change the C++ interface; from 1.0 on, only a new
+/// major version may change it. A new patch version never changes it. The build fails if these numbers differ from the
+/// version of the CMake project.
 #define VOREL_VERSION_MAJOR 0
 #define VOREL_VERSION_MINOR 1
 #define VOREL_VERSION_PATCH 0
