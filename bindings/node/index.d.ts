@@ -6,7 +6,8 @@
  *
  * Every function throws a `VorelError` if the library reports a failure. For an invalid argument it throws a
  * `TypeError` or a `RangeError` with the `code` that Node uses: "ERR_INVALID_ARG_TYPE", "ERR_INVALID_ARG_VALUE" or
- * "ERR_OUT_OF_RANGE". An unknown option is an invalid argument.
+ * "ERR_OUT_OF_RANGE". An unknown option is an invalid argument. `runAsync` and `waitAsync` also throw for an invalid
+ * argument, but reject their promise for a failure of the library.
  *
  * Texts may contain zero characters only where the documentation of a function allows it. An input of more than
  * 268,435,456 bytes or UTF-16 code units is rejected ("VOREL_ERROR_INVALID_ARGUMENT"). A string of Node has at most
@@ -56,8 +57,9 @@ export interface BinaryText {
 }
 
 /**
- * UTF-8 by the rules of the library. `decode` does not check the bytes after the first byte of a character, and accepts
- * old sequences of six bytes. Texts may contain zero characters.
+ * UTF-8 by the rules of the library. `decode` does not check the bytes after the first byte of a character, accepts old
+ * sequences of six bytes, and rejects the characters U+40000 to U+7FFFF and U+C0000 to U+FFFFF. Texts may contain zero
+ * characters.
  */
 export const utf8: {
     /** An unpaired surrogate becomes "?". */
@@ -77,9 +79,12 @@ export const hex: {
     decode(text: string): Buffer;
 };
 
-/** The code pages of Windows, by number or by name. Texts may contain zero characters. */
+/** The code pages of Windows, by number (1 to 65534) or by name. Texts, but not names, may contain zero characters. */
 export const codePage: {
-    /** The number of a code page. The case of its name is ignored. */
+    /**
+     * The number of a code page. The case of its name is ignored. Does not check whether the system supports the code
+     * page.
+     */
     find(name: string): number;
     decode(page: number | string, bytes: Uint8Array): string;
     /**
@@ -117,28 +122,42 @@ export interface Range {
     end: number | null;
 }
 
-/** Parses a whole text as a value or a list of values. Integers out of range wrap around. */
+/**
+ * Parses a whole text as a value or a list of values. White space may surround a number and may precede a Boolean
+ * value. An integer may end in a point and zeros ("12.0"). Integers out of range wrap around, but `uint32` and `uint64`
+ * reject "-".
+ */
 export const parse: {
     int32(text: string): number;
     uint32(text: string): number;
     int64(text: string): bigint;
     uint64(text: string): bigint;
-    /** One to eight hexadecimal digits. */
+    /** One to eight hexadecimal digits, without "0x". */
     hex(text: string): number;
     double(text: string): number;
+    /** One of true, false, yes, no, 0, 1, t, f, y, n, in upper or lower case. */
     boolean(text: string): boolean;
     /**
-     * Parses integers separated by commas or white space. An empty item is 0, even the empty item between a comma and a
-     * space: the result for "1, 2" is 1, 0, 2.
+     * Parses integers separated by commas or white space. Fractions are dropped. An empty item is 0, even the empty
+     * item between a comma and a space: the result for "1, 2" is 1, 0, 2. No item follows a comma at the end.
      */
     int32List(text: string): number[];
-    /** Parses unsigned integers, separated as in `int32List`. */
+    /** Parses a list like `int32List`, but as unsigned integers. A negative number wraps around. */
     uint32List(text: string): number[];
-    /** Parses numbers separated by white space; words that are not numbers are skipped. */
+    /**
+     * Parses numbers separated by white space. Words that are not numbers are skipped, but a word of 80 or more
+     * characters is rejected.
+     */
     doubleList(text: string): number[];
-    /** Parses values separated by white space; words that are not Boolean values are skipped. */
+    /**
+     * Parses values separated by white space: true, t, false and f in upper or lower case, and integers. Other words
+     * are skipped, even "yes", but a word of 80 or more characters is rejected.
+     */
     booleanList(text: string): boolean[];
-    /** Parses ranges separated by commas, for example "1-5,7,12-". */
+    /**
+     * Parses ranges separated by commas, for example "1-5,7,12-". A number is a range from the number to itself. Empty
+     * items are skipped.
+     */
     ranges(text: string): Range[];
 };
 
@@ -148,7 +167,10 @@ export interface Scanned<T> {
     used: number;
 }
 
-/** Reads the value at the beginning of a text. If the text does not begin with a value, the result is 0 or false. */
+/**
+ * Skips white space and reads the value that follows. If no value follows, the result is 0 or false. If an integer
+ * follows, `used` includes the white space before and after it.
+ */
 export const scan: {
     int32(text: string): Scanned<number>;
     uint32(text: string): Scanned<number>;
@@ -156,6 +178,10 @@ export const scan: {
     uint64(text: string): Scanned<bigint>;
     hex(text: string): Scanned<number>;
     double(text: string): Scanned<number>;
+    /**
+     * Unlike the other functions, accepts a value only if it is the whole rest of the text: the result for "true x" is
+     * false. Also accepts on, off, and integers.
+     */
     boolean(text: string): Scanned<boolean>;
 };
 
@@ -171,7 +197,7 @@ export const format: {
     localTime(time: Date | number): string;
     /** Formats like `localTime`, but in UTC. */
     utcTime(time: Date | number): string;
-    /** The system's text for a system error code. */
+    /** The system's text for a system error code; empty if the system has no text for the code. */
     systemError(code: number): string;
 };
 
@@ -180,14 +206,19 @@ export function currentTime(): bigint;
 
 /** Splits and joins lists of texts. */
 export const list: {
-    /** Splits at each occurrence of the whole delimiter. */
+    /** Splits at each occurrence of the whole delimiter. A delimiter at the end adds no item. */
     cut(text: string, delimiter: string): string[];
     /**
-     * Splits at each character of `delimiters` (default: a comma), except in items in double quotes. If `trim` is true,
-     * white space at both ends of each item is removed.
+     * Splits at each character of `delimiters` (default: a comma), except in items in double quotes. In such an item,
+     * two double quotes are one. A delimiter at the end adds no item. If `trim` is true, white space at both ends of
+     * each item is removed.
      */
     split(text: string, delimiters?: string, options?: { trim?: boolean }): string[];
-    /** Joins items into a list that `split` can split again. */
+    /**
+     * Joins items with `delimiter` (default: a comma). If the delimiter is one character other than a double quote,
+     * `split` with this delimiter returns the same items, with two exceptions. An empty last item is lost. A single
+     * item that begins and ends with a double quote is not quoted again, so `split` may return another text.
+     */
     join(items: Iterable<string>, delimiter?: string): string;
 };
 
@@ -205,7 +236,11 @@ export interface CompareOptions {
 /** Returns a negative number, 0 or a positive number if `a` is before, equal to or after `b`. */
 export function compare(a: string, b: string, options?: CompareOptions): number;
 
-/** Whether a version is at least the required version. The versions are compared number by number. */
+/**
+ * Whether a version is at least the required version. The versions are compared number by number. If all numbers of
+ * `version` are equal to the first numbers of `required`, and `required` has more numbers, the result is false, even if
+ * these numbers are zero: "1.2" is not at least "1.2.0". The result is also false if either text is empty.
+ */
 export function versionAtLeast(version: string, required: string): boolean;
 
 // ---- The error log --------------------------------------------------------------------------------------------------
@@ -287,8 +322,9 @@ export class Mutex {
      */
     runAsync<T>(action: () => T | PromiseLike<T>, timeoutMs?: number): Promise<T>;
     /**
-     * Releases every lock and closes the mutex; another call does nothing. Throws while a `runAsync` is in progress. In
-     * versions of Node that support `using`, `using` also calls it.
+     * Releases every lock of this object and closes it. Another call does nothing, and all other functions then throw
+     * "ERR_INVALID_STATE". Throws while a `runAsync` is in progress. In versions of Node that support `using`, `using`
+     * also calls `close`.
      */
     close(): void;
     [Symbol.dispose](): void;
@@ -313,7 +349,10 @@ export class Condition {
      * Worker, check for a signal every 10 ms.
      */
     waitAsync(timeoutMs?: number): Promise<boolean>;
-    /** Closes the condition; another call does nothing. Throws while a `waitAsync` is in progress. */
+    /**
+     * Closes the condition. Another call does nothing, and all other functions then throw "ERR_INVALID_STATE". Throws
+     * while a `waitAsync` is in progress.
+     */
     close(): void;
     [Symbol.dispose](): void;
 }

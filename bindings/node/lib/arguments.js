@@ -1,4 +1,4 @@
-// Checks of arguments. The errors have the codes and the wording of Node's own errors.
+// Checks of arguments. The errors have the codes of Node's own errors, and messages of a similar form.
 'use strict';
 
 const { inspect } = require('util');

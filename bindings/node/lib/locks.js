@@ -217,7 +217,7 @@ const waitForCondition = native.declare('vorel_condition_wait', 'vorel_condition
 
 // The maximum duration of one native call of an asynchronous wait. The process cannot end before the call returns.
 const CALL_MS = 100;
-// libuv's pool has four threads. Two of them remain for the rest of the program.
+// By default, libuv's pool has four threads. Two of them remain for the rest of the program.
 const MAX_CALLS = 2;
 let calls = 0;
 

@@ -1,4 +1,5 @@
-// Declares the functions of the DLL and passes values to and from them. Only this file depends on koffi.
+// Declares the functions of the DLL and passes values to and from them. Only this file loads koffi; load.js uses koffi
+// only through the object that this file passes to it.
 'use strict';
 
 // load.js is required before koffi, because it reports an unsupported system. On such a system, koffi would fail with
@@ -92,8 +93,9 @@ function firstText() {
 }
 
 /**
- * Runs `call(buffer, capacity, lengthCell)` and returns the buffer; `lengthCell` has the length. `maxLength` is the
- * maximum length of the result, or 0 if the caller does not know it. If it is known, a second call is unnecessary.
+ * Runs `call(buffer, capacity, lengthCell)` and returns the buffer; `lengthCell` has the length. A unit has `unitBytes`
+ * bytes. `maxLength` is the maximum length of the result in units, or 0 if the caller does not know it. If it is known
+ * and at most 2 * MOST_UNITS, a second call is unnecessary.
  */
 function output(call, maxLength, unitBytes) {
     let capacity = FIRST_UNITS;
@@ -146,8 +148,8 @@ const closeHandle = kernel.func('int32_t CloseHandle(void *)');
 const lastErrorCode = kernel.func('uint32_t GetLastError(void)');
 
 /**
- * Opens the mutex of this name again, because the library logs the system's error code but does not return it.
- * Returns the system's error code, or 0 if the mutex can be opened now.
+ * Opens the mutex of this name again, because the library logs the system's text for the error, but does not return the
+ * error code. Returns the system's error code, or 0 if the mutex can be opened now.
  */
 function mutexErrorCode(name) {
     const SYNCHRONIZE = 0x100000;

@@ -39,7 +39,10 @@ class Holder {
         this.#resolve();
     }
 
-    /** Waits until the task has released the mutex, or until the time limit has passed. */
+    /**
+     * Waits until the task has released the mutex, or until the time limit has passed. Waits at most MAX_DELAY_MS
+     * (about 25 days), even if the time limit is longer.
+     */
     async waitForRelease(limitMs) {
         let timer;
         const late = new Promise((resolve) => { timer = setTimeout(resolve, Math.min(limitMs, MAX_DELAY_MS)); });

@@ -1,4 +1,5 @@
-// Conversions of numbers, Boolean values, lists and times to and from text, and comparisons of texts.
+// Parses numbers, Boolean values and lists. Converts numbers, times and system errors to text. Splits, joins and
+// compares texts.
 'use strict';
 
 const { integer, invalidType, invalidValue, number, options, outOfRange, string } = require('./arguments');
@@ -82,7 +83,10 @@ const formatUtcTime = native.declare('vorel_format_utc_time', 'int64_t', BUFFER_
 const systemErrorText = native.declare('vorel_system_error_text', 'int32_t', BUFFER_OUT);
 const currentTimeOf = native.declare('vorel_current_time', OUT);
 
-/** Checks that a number is whole and fits into 64 bits. */
+/**
+ * Checks that a number is whole and fits into 64 bits, and returns it as a BigInt. `asWide` is `BigInt.asIntN` or
+ * `BigInt.asUintN`. `range` is the end of the error's text.
+ */
 function wide(value, asWide, range) {
     if (typeof value !== 'number' && typeof value !== 'bigint') {
         throw invalidType('value', 'of type number or bigint', value);
@@ -93,7 +97,10 @@ function wide(value, asWide, range) {
     return BigInt(value);
 }
 
-/** Converts a `Date` to seconds since 1970, rounded down. Returns a number unchanged if it is a whole number. */
+/**
+ * Converts a `Date` to seconds since 1970, rounded down. Returns a safe integer unchanged. Throws for every other value
+ * and for an invalid `Date`.
+ */
 function seconds(time) {
     if (!(time instanceof Date) && typeof time !== 'number') {
         throw invalidType('time', 'of type number or an instance of Date', time);

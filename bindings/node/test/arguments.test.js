@@ -34,7 +34,7 @@ test('a TypeError names the argument, the expected type and the received value',
         `Uint8Array. Received type string ('${'x'.repeat(24)}...)`);
 });
 
-test('every argument of the wrong type causes a TypeError with a code', () => {
+test('an argument of the wrong type causes a TypeError with a code', () => {
     const bytes = Buffer.from('a');
     const calls = {
         text: [utf8.encode, base64.decode, daylight.decode, hex.decode, url.encode, url.decode, parse.double,
@@ -88,7 +88,7 @@ test('a value that is not allowed causes an error with a code', () => {
         /^The value of "time" is out of range/);
 });
 
-test('unknown options are rejected', () => {
+test('unknown options and options of the wrong type are rejected', () => {
     const calls = [
         [(options) => hex.encode(Buffer.from('a'), options), 'upperCase'],
         [(options) => url.encode('a', options), 'reserved, spaceAsPlus'],

@@ -189,7 +189,7 @@ test('close throws while any of several asynchronous waits is pending', async ()
 
 test('waits without a limit do not use up the thread pool', async () => {
     const condition = new Condition(uniqueName('pool'));
-    let left = 8;  // twice the size of libuv's thread pool
+    let left = 8;  // twice the default size of libuv's thread pool
     const waits = Array.from({ length: left }, () => condition.waitAsync().then(() => { --left; }));
     assert.ok((await fs.promises.readFile(__filename)).length > 0);
     while (left !== 0) {

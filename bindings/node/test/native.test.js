@@ -56,7 +56,7 @@ test('a value that is not a Uint8Array is rejected, even if it imitates one', ()
     }
 });
 
-/** Runs `action(folder)` with a folder of planted DLLs: copies of all DLLs of the library. */
+/** Runs `action(folder)` with a folder of planted DLLs: copies of all DLLs in the library's folder. */
 async function withPlantedDlls(action) {
     const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'vorel_node_'));
     try {

@@ -20,7 +20,7 @@ function uniqueName(stem) {
     return `vorel_node_${stem}_${process.pid}_${names}`;
 }
 
-/** Expects `action` to throw a `VorelError`. */
+/** Expects `action` to throw a `VorelError` with the code `VOREL_ERROR_${code}`, and with `message` if it is given. */
 function expectFailure(action, code, message) {
     assert.throws(action, (error) => {
         assert.ok(error instanceof VorelError, `${error}`);
@@ -58,7 +58,7 @@ function withLog(action) {
     }
 }
 
-/** "[Mon Nov 16 01:43:08 2026] host7.4312.9876: message" */
+/** "[Mon Nov 16 01:43:08 2026] host7.4312.9876: message", with or without milliseconds (".045") after the "]". */
 const LINE = /^\[[^\]]{24}\](?:\.\d{3})? \S+\.\d+\.\d+: (.*)$/;
 
 function linesOf(file) {
@@ -91,7 +91,7 @@ function shortestTimes(rounds, calls, ...actions) {
     return times;
 }
 
-/** Starts test/peer.js and resolves to its exit code. */
+/** Calls `startPeerWith` without options. */
 function startPeer(...roleAndArguments) {
     return startPeerWith({}, ...roleAndArguments);
 }

@@ -1,6 +1,6 @@
 'use strict';
 
-/** The path of the loaded vorelCore.dll. */
+/** The path of the loaded vorelCore.dll, or of the program if the DLL is not loaded. */
 function loadedDll() {
     const kernel = require('koffi').load('kernel32.dll');
     const handleOf = kernel.func('void *GetModuleHandleW(const char16_t *)');
