@@ -1,4 +1,4 @@
-"""Builds and runs a program that uses the package."""
+"""Builds a program that uses the package, and runs it if this machine can run it."""
 
 import os
 
