@@ -1,6 +1,6 @@
 /// \file
 /// The computer's name in the form that the error log shows: ASCII letters are in lower case. The text is empty if the
-/// name is not available or is longer than 15 characters.
+/// name is not available, or if it has more than 15 bytes in the ANSI code page.
 #pragma once
 
 namespace vorel::platform {

@@ -15,10 +15,11 @@ public:
     SystemMessage(const SystemMessage&) = delete;
     SystemMessage& operator=(const SystemMessage&) = delete;
 
-    /// The system's text with its final line break; null if the system has no text for the code.
+    /// The system's text with its final line break; null if the system has no text for the code, or if the text cannot
+    /// be allocated.
     [[nodiscard]] const wchar_t* text() const noexcept { return m_text; }
 
-    /// The text without white space at either end.
+    /// The text without ASCII white space at either end; empty if `text()` is null.
     [[nodiscard]] std::wstring_view trimmed() const noexcept;
 
 private:
