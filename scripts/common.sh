@@ -45,7 +45,7 @@ packages=(
     cmake ninja-build ccache googletest
     libz-mingw-w64-dev    # the log viewer reads compressed logs
     gdb-mingw-w64 pkgconf # tests of the package
-    python3               # runs the scripts of tests, mutation and coverage
+    python3               # runs the scripts of the commands and of the tests
     jq xxd                # a test compares vorelconv with them
     git
 )

@@ -18,7 +18,8 @@ END = "<!-- end of results -->"
 MAX_SPREAD = 0.2
 MAX_RISE = 1.5
 GROWTH = "growth"
-# The summary does not include comparisons with these peers, because they show the limits of the machine.
+# The summary does not include comparisons with peers whose names begin like this, because they show the limits of the
+# machine.
 LIMITS = ("memcpy",)
 
 # Introductions: facts that the titles of the families do not give.
@@ -47,7 +48,7 @@ def read_rows(path: Path) -> list:
 
 
 def duration(nanoseconds: str) -> str:
-    """A time with three significant digits and its unit."""
+    """A time with its unit. From 1 ns to 1000 s, the time usually has three significant digits."""
     value = float(nanoseconds)
     for unit, size in (("s", 1e9), ("ms", 1e6), ("µs", 1e3), ("ns", 1)):
         if value >= size or size == 1:
@@ -141,8 +142,8 @@ def by_case(rows: list) -> dict:
 
 
 def rise(rows: list, column: str) -> str:
-    """The largest ratio of a cost to the cost for a smaller number of elements. If the case has numbers beyond the
-    caches, only these numbers are compared."""
+    """The largest ratio of a cost to the cost for a smaller number of elements, at least 1. If the case has numbers
+    beyond the caches, only these numbers are compared. A rise above MAX_RISE is bold."""
     costs = [float(row[column]) for row in rows if row["beyond_caches"] == "yes"]
     costs = costs or [float(row[column]) for row in rows]
     worst = max(cost / min(costs[:index + 1]) for index, cost in enumerate(costs))

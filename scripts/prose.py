@@ -1,7 +1,9 @@
 """Searches for phrases that the style guide rejects.
 
-    prose.py <path>...      files, or folders searched for C++, C, Python, shell, CMake, JavaScript, TypeScript,
-                            Markdown, text and templates (.in)
+    prose.py <path>...      files, or folders with files: C++, C, Python, shell, CMake, JavaScript, TypeScript,
+                            Markdown, text, templates (.in), and files without an extension. Other files are ignored.
+
+The current folder must be the root of the source tree.
 
 In C++, C, JavaScript, TypeScript and templates, the script searches comments and literals. It searches all other files
 completely.

@@ -10,7 +10,9 @@ Each environment is clang with a target, a C++ library and the Windows headers o
     includes all system headers with the macros of GCC, and then defines the macros of Microsoft's compiler instead.
     Each public header is also checked separately.
 
-Like tidy.py, this script stores a result without findings under the digest of everything that the result depends on.
+Like tidy.py, this script stores a result without findings, for all clones of this user, under the digest of the
+compiler's version and options, the prelude, the source, and the headers of the project that the source includes. The
+digest does not include the content of the system headers.
 """
 
 import argparse

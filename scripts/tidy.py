@@ -111,7 +111,7 @@ class Check:
 
 
 def changed_files():
-    """The files that the last commit and the work tree changed; empty without history."""
+    """The files that the last commit and the work tree changed, without untracked files; empty without history."""
     done = subprocess.run(["git", "diff", "--name-only", "HEAD~1"], cwd=ROOT, capture_output=True, text=True, check=False)
     return set(done.stdout.split())
 
