@@ -63,8 +63,7 @@ bool askAsSelf(bool (*question)() noexcept) noexcept {
     return (!impersonated || restoreToken(impersonated.get())) && answer;
 }
 
-/// The token of the thread, or of the process if the thread has none. After a failure, the
-/// result is empty.
+/// The token of the thread, or of the process if the thread has none. After a failure, the result is empty.
 KernelHandle openToken() noexcept {
     HANDLE token = nullptr;
     if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, FALSE, &token) &&

@@ -85,7 +85,8 @@ struct EventKind {
 
 /// Creates the object. If that fails, opens an existing object with the same name: creating requests all rights, and
 /// the access list of an existing object may deny some of them. Repeats both steps up to `retries` times, and sleeps
-/// for `sleepMs` milliseconds before each repetition.
+/// for `sleepMs` milliseconds before each repetition. If the security descriptor cannot be built or the last attempt
+/// fails, `kind` reports the failure, and the result is empty.
 template <class Kind>
 KernelHandle createOrOpen(const Kind& kind, int retries, int sleepMs) {
     SharedSecurity security;

@@ -1,5 +1,5 @@
 /// \file
-/// Owners of memory that the system's security calls allocate.
+/// Owners of the memory of security identifiers and access control lists.
 #pragma once
 
 #include <memory>

@@ -6,7 +6,9 @@
 
 namespace vorel {
 
-/// Whether the user of the process belongs to the built-in Administrators group; false if that cannot be determined.
+/// Whether the process has the rights of the built-in Administrators group; false if that cannot be determined. With
+/// User Account Control, a process that an administrator starts without elevation lacks these rights, so the result is
+/// false.
 ///
 /// The result is about the user of the process, even if the calling thread impersonates another user. During the call
 /// the thread impersonates its own process. Afterwards the thread's token is restored. If the thread had no token, it

@@ -12,18 +12,19 @@ namespace vorel {
 
 /// Creates the mapping `name` of `file` (INVALID_HANDLE_VALUE: of the paging file). If that fails, opens the mapping
 /// with `desiredAccess`. `sizeHigh` and `sizeLow` are the upper and the lower 32 bits of the mapping's size in bytes
-/// (both 0: the size of the file).
+/// (both 0: the size of the file). A null `name` creates a mapping without a name.
 ///
 /// `created`, which may be null, becomes 1 if the mapping is new, and 0 otherwise. The function tries only once. If
-/// another process has created the mapping but ends before this call opens it, the result is null; call again in that
-/// case.
+/// another process has created the mapping, but closes it or ends before this call opens it, the result is null; call
+/// again in that case.
 /// \returns the handle; null after a failure.
 VOREL_API void* ObtainAccessableFileMapping(void* file, unsigned long protection, unsigned long desiredAccess,
                                             unsigned long sizeHigh, unsigned long sizeLow, const wchar_t* name,
                                             int* created) noexcept;
 
 /// If a size is given and the mapping `mappingName` exists, opens it with `desiredAccess`. Otherwise creates it for the
-/// file `fileName`, which is created if it does not exist. The mapping keeps the file open.
+/// file `fileName`, which is created if it does not exist. The mapping keeps the file open. A null `mappingName`
+/// creates a mapping without a name.
 ///
 /// If the mapping cannot be created, the attempt is repeated without a pause, up to 50 attempts in total. If a size is
 /// given, each of these attempts also tries to open the mapping, because another caller may have created it. So several
@@ -36,7 +37,7 @@ VOREL_API void* ObtainAccessableFileMapping(void* file, unsigned long protection
 /// \throws Exception whose text starts with "ObtainAccessableFileMappingEx: ": "Long API failed for ..." if the path
 ///         cannot be resolved; "Unable to create file ..." if the file cannot be opened; "Opening file mapping failed
 ///         for ..." with the reason why the mapping cannot be created, if all attempts failed; "Severe Error while
-///         opening ..." for any other failure.
+///         opening ..." for any other failure. MemoryException if memory for the text of a failure runs out.
 VOREL_API void* ObtainAccessableFileMappingEx(const wchar_t* fileName, unsigned long protection,
                                               unsigned long desiredAccess, unsigned long sizeHigh,
                                               unsigned long sizeLow, const wchar_t* mappingName, bool* fileCreated,
