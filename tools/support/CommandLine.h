@@ -8,7 +8,8 @@
 ///     const Arguments arguments = parse(kSyntax, given);
 ///     if (arguments.has(L"help")) { … helpText(kSyntax) … }
 ///
-/// The message for an unknown option suggests an option with a similar name, if there is one.
+/// The message for an unknown option `--name` suggests an option if `name` is listed as its synonym or similar to
+/// its name.
 ///
 /// `--name value`, `--name=value`, `-n value` and `-nvalue` are equivalent; switches may share a dash (`-dx`). A value
 /// may begin with a dash. `--` ends the options. `-` and arguments that look like negative numbers are operands.

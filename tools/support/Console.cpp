@@ -26,7 +26,7 @@ bool isReaderGone(DWORD error) noexcept {
 }
 
 void writeConsole(void* console, std::wstring_view text) {
-    constexpr std::size_t kMaxUnits = 8192;  // WriteConsoleW accepts up to 64 KB
+    constexpr std::size_t kMaxUnits = 8192;  // old versions of Windows accept at most 64 KB in one call
     while (!text.empty()) {
         const std::size_t units = std::min(text.size(), kMaxUnits);
         DWORD written = 0;

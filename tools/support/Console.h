@@ -13,10 +13,10 @@ enum class Stream { Input, Output, Error };
 /// Whether the stream is a console rather than a file, a pipe or "nul".
 bool isConsole(Stream stream) noexcept;
 
-/// Number of columns of the console window; 80 if the stream is not a console or the number is below 2.
+/// Number of columns of the console window; 80 if the stream is not the output of a console or the number is below 2.
 unsigned int consoleColumns(Stream stream) noexcept;
 
-/// Number of rows of the console window; 25 if the stream is not a console or the number is below 2.
+/// Number of rows of the console window; 25 if the stream is not the output of a console or the number is below 2.
 unsigned int consoleRows(Stream stream) noexcept;
 
 /// Enables escape sequences (colours). Returns false if the console does not support them or the stream is not a
@@ -27,9 +27,9 @@ bool enableEscapeSequences(Stream stream) noexcept;
 /// \throws OutputClosed if the reader has closed the pipe; Failure if the output cannot be written.
 void writeOutput(std::wstring_view text);
 
-/// Writes UTF-8 to standard output. If the output is a console, `text` should not end within a character. If the text
-/// is not valid UTF-8, its bytes are written to the console unchanged, and the console interprets them in its code
-/// page.
+/// Writes UTF-8 to standard output. If the output is a console, `text` should not end within a character. If `fromUtf8`
+/// (Text.h) rejects the text, its bytes are written to the console unchanged, and the console interprets them in its
+/// code page.
 /// \throws OutputClosed if the reader has closed the pipe; Failure if the output cannot be written.
 void writeOutput(std::string_view text);
 

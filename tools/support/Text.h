@@ -1,5 +1,5 @@
 /// \file
-/// Text conversions of the tools. Internally text is wide, like arguments and file names; input and output are UTF-8.
+/// Text conversions of the tools. Arguments, file names and messages are wide text; input and output are UTF-8.
 #pragma once
 
 #include <optional>

@@ -20,7 +20,7 @@ namespace tools {
 /// The exit codes of every tool. The help text of a tool describes when it uses them.
 enum ExitCode : int {
     kDone = 0,        ///< success
-    kFailed = 1,      ///< invalid input, a system failure, or a query whose answer is "no"
+    kFailed = 1,      ///< any failure except a usage error, or a query whose answer is "no"
     kUsageError = 2,  ///< invalid command line
 };
 
@@ -51,16 +51,18 @@ private:
 /// Thrown if the reader of the output has closed the output. run() does not report this exception.
 class OutputClosed : public std::exception {};
 
-/// Creates a system failure: "name: cannot be opened: File not found. (error 2)". Without `code`, the last error of the
-/// thread is used.
+/// Creates a system failure: "name: cannot be opened: The system cannot find the file specified. (error 2)". The text
+/// after "opened: " is the system's text for the code. If the system has no text: "name: cannot be opened (error …)".
+/// Without `code`, the last error of the thread is used.
 Failure systemFailure(std::wstring_view name, std::wstring_view what);
 Failure systemFailure(std::wstring_view name, std::wstring_view what, unsigned long code);
 
 /// The output of --version: "vorelconv 0.1.0" and a line feed.
 std::wstring versionText(std::wstring_view program);
 
-/// Writes "program: text" to the error stream. The text may have several lines. Except for line feeds, all characters
-/// that a terminal might interpret are escaped, because the text may quote names and input.
+/// Writes "program: text" and a line feed to the error stream. The text may have several lines. Except for line feeds
+/// and tabs, all characters that a terminal might interpret are escaped, because the text may quote names and input. A
+/// carriage return before a line feed is removed. If there is not enough memory, writes "not enough memory" instead.
 void report(std::wstring_view program, std::wstring_view text) noexcept;
 
 /// Runs `body` and returns its exit code. An exception is reported on the error stream with the name of the program

@@ -11,7 +11,7 @@ namespace tools {
 
 /// The sequence at the start of a text: its size, and how much of it is well-formed.
 struct Utf8Sequence {
-    std::size_t size = 0;   ///< the size that the lead byte defines, 1 to 4 bytes; 0 if the byte is not a lead byte
+    std::size_t size = 0;   ///< the size that the lead byte defines, 1 to 4 bytes; 0 without a lead byte
     std::size_t found = 0;  ///< number of valid bytes found, up to `size`
 
     [[nodiscard]] constexpr bool isWhole() const noexcept { return size != 0 && found == size; }

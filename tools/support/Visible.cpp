@@ -13,14 +13,15 @@ namespace {
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 
 /// Whether all eight bytes are from ' ' to '~'. The subtraction sets the high bit of a byte below ' '. The addition
-/// sets the high bit of the byte 0x7F. The high bit of every other byte outside the range is set already.
+/// sets the high bit of the byte 0x7F. The high bit of every other byte outside the range is set already. Only a byte
+/// outside the range causes a carry or a borrow.
 bool isPlain(std::uint64_t word) noexcept {
     constexpr std::uint64_t kEachByte = 0x0101010101010101;
     constexpr std::uint64_t kHighBits = kEachByte * 0x80;
     return ((word | (word + kEachByte) | (word - kEachByte * 0x20)) & kHighBits) == 0;
 }
 
-/// The number of bytes at the start of `text` that can be copied unchanged.
+/// The number of bytes from ' ' to '~' at the start of `text`.
 std::size_t plainSize(std::string_view text) noexcept {
     std::size_t size = 0;
     for (std::uint64_t word = 0; text.size() - size >= kWord; size += kWord) {
