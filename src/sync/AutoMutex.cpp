@@ -136,7 +136,9 @@ bool AutoMutex::lock(unsigned int timeout, bool throwOnFailure, BaseString<wchar
         if (timeout != 0) {
             Exception::warn(L"AutoMutex::lock: Failed to lock mutex %ls: %ls", name(), reason.text());
         }
-        SetLastError(error);  // lets callers distinguish a failed wait from a timeout
+        // After a timeout, the last error is the same as before the call. So a caller that first sets it to 0 can
+        // distinguish a timeout from a failed wait.
+        SetLastError(error);
         return false;
     });
 }

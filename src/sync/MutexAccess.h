@@ -10,7 +10,8 @@ class AutoMutex;
 namespace detail {
 
 struct MutexAccess {
-    /// Whether the calling thread holds the mutex through this object.
+    /// Whether `mutex` records that the calling thread holds it. If a thread ended while it held the mutex, the record
+    /// may be out of date (see AutoMutex.h).
     static bool isHeldByCaller(AutoMutex& mutex);
 };
 

@@ -4,15 +4,15 @@
 ///     vorel::AutoMutex ledger(L"TalvenorLedger", false, false);   // or "TalvenorLedger", in UTF-8
 ///     const vorel::Guard held(ledger);
 ///
-/// | state       | handle | count | owner  | left by                                              |
-/// |-------------|--------|-------|--------|------------------------------------------------------|
-/// | unnamed     | none   | 0     | none   | `initialize`                                         |
-/// | initialised | open   | 0     | none   | `lock`, `tryLock`; destruction                       |
-/// | held        | open   | >= 1  | thread | as many calls of `unlock` by the owner as of `lock`  |
+/// | state       | handle | count | owner  | left by                                                             |
+/// |-------------|--------|-------|--------|---------------------------------------------------------------------|
+/// | unnamed     | none   | 0     | none   | `initialize`                                                        |
+/// | initialised | open   | 0     | none   | `lock`, `tryLock`; destruction                                      |
+/// | held        | open   | >= 1  | thread | `unlock` for each hold; `initialize` with another name; destruction |
 ///
-/// Each `lock` locks the system's mutex once, and each `unlock` unlocks it once; the object counts its own holds. If a
-/// thread ends while it holds a mutex, or its process is killed, the next thread that locks the mutex acquires it, with
-/// a warning in the error log.
+/// Each successful `lock` or `tryLock` locks the system's mutex once, and each `unlock` of the owner unlocks it once;
+/// the object counts its own holds. If a thread ends while it holds a mutex, or its process is killed, the next thread
+/// that locks the mutex acquires it, with a warning in the error log.
 ///
 /// A mutex whose owner has ended is called abandoned. The system reports an abandoned mutex only once: to the object
 /// that locks the mutex next. If the ended thread held the mutex through another object, that other object still
@@ -72,8 +72,10 @@ public:
     AutoMutex(const AutoMutex&) = delete;
     AutoMutex& operator=(const AutoMutex&) = delete;
 
-    /// Opens the mutex "Global\" + `name`; names are case-sensitive. Does nothing if the object already has that mutex;
-    /// a mutex with another name is closed first. `flag` is stored and ignored.
+    /// Opens the mutex "Global\" + `name`; names are case-sensitive. Creates the mutex if it does not exist. Does
+    /// nothing if the object already has that mutex. If the object has a mutex with another name, first releases every
+    /// hold and closes that mutex, like the destructor. If the new mutex can be neither created nor opened, tries again
+    /// for a second. `flag` is stored and ignored.
     ///
     /// \returns whether the object has a mutex. If it has none, a warning in the error log gives the reason, and the
     ///         call may be repeated.

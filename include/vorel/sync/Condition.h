@@ -38,10 +38,11 @@ public:
 
     /// Releases one waiter every ten milliseconds until none is left. A thread that calls `wait` during the broadcast
     /// starts to wait after the broadcast. Returns at once if no thread waits. The caller may hold the lock, but need
-    /// not.
+    /// not. One signal may be left after the broadcast, for example if the time limit of a waiter ended during the
+    /// broadcast. This signal releases the next waiter.
     ///
-    /// A broadcast does not reach a thread that has called `wait` and released the lock, but does not wait yet. So
-    /// threads that expect a broadcast should wait with a time limit and then check their condition again.
+    /// A broadcast may miss a thread that has called `wait` and released the lock, but does not wait yet. So threads
+    /// that expect a broadcast should wait with a time limit and then check their condition again.
     /// \throws Exception "Failed to set event."
     void broadcast();
 

@@ -16,18 +16,20 @@
 
 namespace vorel {
 
-/// A signal releases one waiter in any process. If no thread waits, the next waiter is released at once. Unlike
-/// `Condition`, this class has no broadcast. Thread-safe.
+/// A signal releases one waiter in any process. If no thread waits, one signal is kept for the next waiter; further
+/// signals are lost. Unlike `Condition`, this class has no broadcast. Thread-safe.
 class VOREL_API NamedCondition {
 public:
     /// Opens the event `name`, and creates it if it does not exist. The name is used unchanged; the prefix "Global\"
-    /// makes it machine-wide. A null `name` creates an event without a name.
+    /// makes it machine-wide. A null `name` creates an event without a name. If the event can be neither created nor
+    /// opened, tries again for half a second.
     /// \throws Exception "Failed to create condition '%ls': %ls" with the name and the reason; MemoryException.
     explicit NamedCondition(const wchar_t* name);
 
     /// The same with a name in UTF-8, which is converted to UTF-16. The constructor is a template, so that
     /// `NamedCondition(nullptr)` is not ambiguous.
-    /// \throws Exception "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8; MemoryException.
+    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8;
+    ///         the exceptions of the constructor for wide names.
     template <std::same_as<char> Narrow>
     explicit NamedCondition(const Narrow* name) : NamedCondition(detail::NarrowName(name).wide()) {}
 

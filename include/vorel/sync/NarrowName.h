@@ -10,7 +10,8 @@ namespace vorel::detail {
 /// A name in UTF-16, for the duration of one call. `wide` returns null for a null name.
 class NarrowName {
 public:
-    /// \throws Exception if `name` is not valid UTF-8; MemoryException.
+    /// \throws Exception if a byte of `name` should start a sequence but cannot; other errors in UTF-8 are not detected
+    ///         (see vorel/text/Unicode.h). MemoryException.
     explicit NarrowName(const char* name) {
         if (name) {
             // If the last sequence is truncated, the conversion reads up to five bytes after its lead byte. So zeros
