@@ -1,6 +1,6 @@
 /// \file
-/// Thread-safe versions of the standard time conversions, and clocks. The conversions take times in seconds since
-/// 1970-01-01 UTC. Results are written to storage of the caller; every function may be called from any thread.
+/// Thread-safe versions of the standard time conversions, and clocks. A time in seconds counts from 1970-01-01 UTC. The
+/// conversions write to storage of the caller. Every function may be called from any thread.
 #pragma once
 
 #include <ctime>
@@ -38,7 +38,8 @@ VOREL_API unsigned long long getMillisecondCount() noexcept;
 /// The same as `getMillisecondCount`: milliseconds, despite the name.
 VOREL_API unsigned long long getProcessorCycles() noexcept;
 
-/// Microseconds between two results of `getProcessorCycles`. Correct if the count wraps at most once between them.
+/// Microseconds between two results of `getProcessorCycles`. Correct if fewer than 2^32 milliseconds (about 49.7 days)
+/// passed between them; the count may then wrap once.
 ///
 ///     0xFFFFFFF0, 0x10  ->  32000
 VOREL_API unsigned long long getMicrotimeFromProcessorCycles(unsigned long long start, unsigned long long end) noexcept;
