@@ -76,7 +76,8 @@ struct InAvx2Blocks {
     }
 };
 
-/// The SSE2 blocks, which the encoder uses for short input, and for all input if the processor has no AVX2.
+/// The encoder without AVX2: SSE2 blocks, or the scalar loop for fewer than eight bytes. If the processor has AVX2, the
+/// encoder works in this way only for fewer than sixteen bytes.
 template <class T>
 struct InSse2Blocks {
     using Unit = T;
@@ -133,7 +134,8 @@ TYPED_TEST(HexEncoding, EncodesEveryByteAtEveryBlockPosition) {
 
 // ---- Decoding -------------------------------------------------------------------------------------------------------
 
-/// The SSE2 blocks, which the decoder uses for short text, and for all text if the processor has no AVX2.
+/// The SSE2 blocks. If the processor has AVX2, the decoder uses them for short text, and for the blocks after the last
+/// AVX2 block. Without AVX2, the decoder uses them for all blocks.
 template <class T>
 struct Sse2 {
     using Unit = T;

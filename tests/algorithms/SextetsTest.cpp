@@ -72,7 +72,7 @@ struct Scalar {
         const T* const end = algorithms::encodeGroups(bytes, count, encoding.alphabet.characters, out);
         return static_cast<std::size_t>(end - out) / 4 * 3;
     }
-    /// Returns the number of groups before the first character without a value.
+    /// Decodes at most `blocks` blocks, and returns the number of groups before the first character without a value.
     static std::size_t decodeBase64(const T* text, std::size_t blocks, unsigned char* out) {
         std::size_t group = 0;
         while (group < blocks * kBlockGroups && decodeGroup(text + 4 * group, kBase64.values, out + 3 * group)) {
@@ -117,7 +117,7 @@ protected:
     using Text = std::basic_string<Unit>;
 
     /// Encodes bytes that end or begin at an inaccessible page into a buffer of exactly the required size. Expects that
-    /// all whole groups are encoded if there are enough bytes for the algorithm.
+    /// all whole groups are encoded if there are enough bytes for the algorithm, and none otherwise.
     void expectEncoded(const Bytes& bytes, const Encoding& encoding) {
         const std::size_t whole = bytes.size() / 3 * 3;
         const std::size_t expected = whole < Implementation::kMinBytes ? 0 : whole;

@@ -135,7 +135,7 @@ TEST(Utf8ReaderTest, UnitsLeft_CountsTheUnitsThatCanBeRead) {
     }
 }
 
-/// Sequences of every kind, well-formed or not, at every position of a vector and across two vectors.
+/// Well-formed and ill-formed sequences at every position of a vector and across two vectors.
 TEST(Utf8ReaderTest, UnitsLeft_CountsSequencesAtEveryPosition) {
     const std::string sequences[] = {"\xC3\xA9",         "\xE2\x82\xAC", "\xF0\x9F\x98\x80", "\xF0\x8F\xBF\xBF",
                                      "\xF4\x80\x80\x80", "\xC3z",        "\xE2\x82z",        "\xE2zz",

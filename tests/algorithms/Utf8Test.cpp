@@ -84,8 +84,8 @@ TEST(Utf8Test, DecodeSequence_ReturnsValuesOfAtMost31Bits) {
 }
 
 TEST(Utf8Test, DecodeSequence_RestoresEncodedValuesOfAcceptedLeadBytes) {
-    // The loop ends at 0x200000. The encoder writes larger values as five or six bytes, which the decoder rejects or
-    // reads as other values. The decoder also rejects four-byte sequences with an odd lead byte.
+    // The loop ends at 0x200000. The encoder writes larger values as five or six bytes. The decoder rejects most of
+    // these sequences or reads them as other values. It also rejects four-byte sequences with an odd lead byte.
     for (std::uint32_t value = 0x80; value < 0x200000; value += value < 0x20000 ? 1 : 61) {
         const std::string bytes = encoded(value);
         const auto lead = static_cast<unsigned char>(bytes[0]);

@@ -1,5 +1,5 @@
-// Every exception class with a failing heap. Constructing an exception logs its message. Rethrowing an exception throws
-// the exception's own class.
+// Every exception class with a failing heap. Constructing an exception logs its message, if it has one. Rethrowing an
+// exception throws the exception's own class.
 
 #include <optional>
 #include <string>
@@ -40,7 +40,7 @@ void add(std::vector<Operation>& all, const std::string& name, const std::wstrin
                    }});
 }
 
-/// The constructors with a format, for both widths.
+/// The constructor with a wide format, and the constructor with a narrow format if the class has one.
 template <class E>
 void addFormatted(std::vector<Operation>& all, const std::string& name) {
     add<E>(all, name + "_Wide", L"wide text, 7", [](auto& e) { e.emplace(L"%ls, %d", L"wide text", 7); });

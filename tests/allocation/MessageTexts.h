@@ -18,6 +18,7 @@ inline const std::wstring kNoMemoryForText = L"Out of memory for text conversion
 /// `kNoMemoryForText`.
 void expectMessage(const Attempt& attempt, const vorel::Exception& e, unsigned int index, const std::wstring& text);
 
-/// Expects `prefix` and `text` as the last line of the log. If a request failed, the text may also be empty, truncated,
-/// or `kNoMemoryForText`.
+/// Expects `prefix` and `text` as the last line of the log. If a request failed, the text may also be empty or
+/// `kNoMemoryForText`. If a request failed and the text has more than `kTruncatedMessage` units, the line may also
+/// begin with `prefix` and " Truncated: "; then it ends with the truncated text, or without a text.
 void expectLastLine(const Attempt& attempt, const std::string& prefix, const std::string& text);

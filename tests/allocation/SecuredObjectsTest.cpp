@@ -1,5 +1,5 @@
-// Secured objects with a failing heap. Memory is allocated only to create a mapping of a named file, and to report a
-// failure. If the report cannot be allocated, a shorter text is reported.
+// Secured objects with a failing heap. The functions of secured objects allocate memory only to create a mapping of a
+// named file, and to report a failure. If the report cannot be allocated, a shorter text is reported.
 
 #include <string>
 #include <typeinfo>
@@ -37,13 +37,14 @@ std::wstring textOfNameInUse(const std::wstring& name) {
     return test::systemText(GetLastError());
 }
 
-/// Expects that the step allocated nothing.
+/// Expects that the call completed and requested no memory.
 void expectNoRequest(const Attempt& attempt) {
     attempt.expectCompleted();
     EXPECT_EQ(attempt.requests(), 0u);
 }
 
-/// The lines of the log without the record about missing memory for the system's text.
+/// The lines of the log. If the first request that failed was for the system's text, the record that `FormatErrorMsg`
+/// adds to the exception is omitted.
 std::vector<std::string> loggedBesidesSystemText(const Attempt& attempt) {
     std::vector<std::string> lines = attempt.logged();
     if (lines.size() > 1 && lines[1] == "Vorel Error: vorel::util::FormatErrorMsg: Vorel exception rethrown") {
@@ -185,6 +186,8 @@ void eventOfFailingStep(Attempt& attempt) {
     expectEventText(attempt, text, false,
                     L"ObtainAccessableEvent: InitializeAcl failed: " + test::systemText(test::kFailureError));
 }
+
+// ---- Mappings without a file ----
 
 void mapping(Attempt& attempt) {
     const std::wstring name = test::NamedEvent::uniqueName(L"failing_heap");

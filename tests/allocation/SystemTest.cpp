@@ -1,5 +1,5 @@
-// Time, clocks, error texts and memory accounting with a failing heap. An exception for an
-// invalid argument keeps its class and is logged completely, even if its texts cannot be stored.
+// Time, clocks, error texts, process priority, the thread-safety switch and memory accounting with a failing heap. An
+// exception for an invalid argument keeps its class and is logged completely, even if its texts cannot be stored.
 
 #include <ctime>
 #include <string>

@@ -1,8 +1,9 @@
 /// \file
 /// Runs every operation of the library on a failing heap. An operation is a function that prepares its objects,
-/// performs one step while the heap may fail, and checks the results. The walker, the test in Walker.cpp, runs the
-/// operation repeatedly. In the n-th run, the n-th request for memory fails. The walker stops after a run in which no
-/// request failed, or in which a check failed. It reports the blocks that a run leaks.
+/// performs one step while the heap may fail, and checks the results. The walker, the test in Walker.cpp, first runs
+/// the operation without a failure. Then it runs the operation repeatedly: in the n-th of these runs, the n-th request
+/// for memory fails. With `Failure::FromThenOn`, all later requests of the run also fail. The walker stops after a run
+/// in which no request failed, or in which a check failed. It reports the blocks that one of these runs leaks.
 ///
 ///     void appendGrows(Attempt& attempt) {
 ///         vorel::Array<int> array;
@@ -41,7 +42,8 @@ public:
     Attempt(unsigned int nth, heap::Failure failure, test::TemporaryLog& log)
         : m_nth(nth), m_failure(failure), m_log(log) {}
 
-    /// Runs `step` while the heap may fail, and stores its results and its exception.
+    /// Runs `step` while the heap may fail, and stores its results and its exception. An exception of a class that is
+    /// derived neither from `vorel::Exception` nor from `std::exception` is rethrown.
     template <class Step>
     void perform(Step&& step) {
         m_log.takeMessages();
@@ -68,7 +70,7 @@ public:
     /// The number of requests of the step, successful or not.
     [[nodiscard]] unsigned int requests() const { return m_requests; }
 
-    /// The name of the class of the thrown object, or an empty text if the step completed.
+    /// The name of the class of the thrown object, as `typeid` returns it, or an empty text if the step completed.
     [[nodiscard]] const std::string& thrown() const { return m_kind; }
 
     /// Whether all requests after the first failure also failed, so that no text could be stored.
@@ -98,8 +100,8 @@ public:
     /// nothing.
     void expectBadAlloc() const;
 
-    /// Expects that the step throws an object of the class `kind`, whether or not a request failed, and that the log
-    /// contains all of `messages`. If a request failed, messages of the thrown object may be missing or empty.
+    /// Expects that the step throws an object of the class `kind` with `messages`, whether or not a request failed, and
+    /// that the log contains exactly `messages`. If a request failed, messages of the object may be missing or empty.
     void expectThrown(const std::string& kind, const Messages& messages) const;
 
     /// Expects `messages` in the thrown object. If a request failed, messages of the object may be missing or empty.

@@ -1,7 +1,11 @@
 /// \file
-/// Answers each signal of one named condition with a signal of another named condition.
+/// Answers the signals of one named condition with signals of another named condition, until the given number of
+/// signals is answered.
 ///
 ///     wait=<name> signal=<name> rounds=<count>
+///
+/// The exit code is 0 if all signals were answered, 1 if a signal did not arrive in 30 seconds, and 2 after an
+/// exception.
 
 #include <vorel/sync/NamedCondition.h>
 

@@ -31,7 +31,7 @@ int useLibrary(HMODULE library, bool setsOwn) {
     SetErrorLogLocation setLocation = nullptr;
     std::memcpy(&setLocation, &found, sizeof setLocation);
     setLocation("errors.txt", 0);
-    setLocation("errors.txt", 0);
+    setLocation("errors.txt", 0);  // finds the library's own handler; unloading must still remove it
     if (!_get_invalid_parameter_handler()) {
         return 4;
     }

@@ -1,6 +1,7 @@
 /// \file
-/// Checks that debug calls read neither the target's name nor the arguments of the format while no debug target is
-/// active, and do not read the arguments of the format while only other targets are active.
+/// Checks that debug calls do not read arguments that they do not need. Before the first debug target is switched on,
+/// they do not read the names of target, class and method, or the arguments of the format. While only other targets are
+/// active, they read the name of the target, but still none of the others.
 
 #include <cstdarg>
 #include <cstdint>
@@ -45,14 +46,14 @@ int main() {
     if (isAnyActive()) {
         return 1;
     }
-    // No target is active after these calls, so the library must still not read the names of targets.
+    // These calls switch no target on, so the library must still not read the names of targets.
     Exception::setDebugTarget("Target", false);
     Exception::setDebugTarget(L"Target", false);
     debugAll(nowhere<char>(), nowhere<wchar_t>());
     if (isAnyActive()) {
         return 2;
     }
-    // While a target is active, the library reads the names of targets, but renders messages only for active targets.
+    // From now on the library reads the names of targets, but it renders messages only for active targets.
     Exception::setDebugTarget("Other", true);
     Exception::setDebugTarget(L"Other", true);
     debugAll("Target", L"Target");

@@ -1,5 +1,6 @@
 /// \file
-/// The second process in the tests of secured objects: obtains an object that the test has opened, and uses it.
+/// A program that the tests of secured objects start: creates or opens an object that other processes also use, and
+/// uses it.
 ///
 ///     task=mutex name=<mutex> [held=<event> release=<event>]
 ///         locks the mutex if it is free, and unlocks it; if events are given, sets `held` and waits for `release`
@@ -11,7 +12,7 @@
 ///     task=admin
 ///         calls IsAdmin
 ///     task=race name=<prefix of the names> folder=<path> parties=<number> rounds=<number> log=<path>
-///         opens mappings while other processes do the same
+///         opens or creates mappings while other processes do the same
 ///
 /// The exit code is a combination of the bits of PeerResult.
 

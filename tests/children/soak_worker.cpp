@@ -52,7 +52,8 @@ long long privateKiB() {
     return static_cast<long long>(bytes / 1024);
 }
 
-/// The index of a new handle. The system uses the lowest free index, so leaked handles increase the result.
+/// The index of a new handle. The system reuses the indexes of closed handles before it extends its table of handles,
+/// so the result increases in the long run if handles leak.
 long long nextHandleIndex() {
     const test::Handle handle(CreateEventW(nullptr, FALSE, FALSE, nullptr));
     return reinterpret_cast<long long>(handle.get()) / 4;

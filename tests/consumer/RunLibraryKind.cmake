@@ -1,5 +1,5 @@
 # Builds only the DLL or only the static library, as BUILD_SHARED_LIBS says. Installs the library without the runtime
-# DLLs, and builds the project one_library/ with the installed library.
+# DLLs, and builds and runs the project one_library/ with the installed library.
 #
 #   SOURCE: the folder of the library's sources; SHARED: the value of BUILD_SHARED_LIBS; DLLS: the folder of the runtime
 #   DLLs; LAUNCHER: the compiler launcher

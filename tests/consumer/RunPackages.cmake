@@ -1,6 +1,7 @@
-# Tests the packages of CPack. The project find_package/ must build and run with a copy of the unpacked archive, and the
-# tools in the copy must run. The installer must install the files that the archive contains, and the uninstaller must
-# remove all of them. The archive of the symbols must contain the symbols of the DLL in the archive.
+# Tests the packages of CPack. The projects find_package/ and flat_c/ must build and run with a copy of the unpacked
+# archive, and the tools in the copy must run. The examples in the archive must build. The installer must install the
+# files that the archive contains, and the uninstaller must remove all of them. The archive of the symbols must contain
+# the symbols of the DLL in the archive.
 #
 #   PACKAGES: the folder with the archives and the installer; CLANG: the folder of clang
 

@@ -1,5 +1,6 @@
-# Builds main.cpp with one command whose options come from pkg-config. The package is moved after it is installed,
-# because its .pc files must work in every folder.
+# Builds main.cpp with the DLL, and again with the static library, and runs both programs. Each program is built with
+# one command, whose options come from pkg-config. The package is moved after it is installed, because its .pc files
+# must work in every folder.
 #
 #   PROJECT_BUILD: the build to install; COMPILER, OPTIONS: the compiler and its options for the C runtime
 

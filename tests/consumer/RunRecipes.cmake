@@ -1,5 +1,5 @@
 # Checks the recipes in packaging/ without the package managers. The recipes for vcpkg and MSYS2 must have the version
-# of the project. All recipes must use only options that the project has.
+# of the project. Each recipe must use at least three options, and only options that the project has.
 #
 #   SOURCE: the folder of the library's sources
 

@@ -1,7 +1,7 @@
-# Configures the project refused/ with compilers for other systems. find_package must refuse each compiler with
-# a message that gives the reason.
+# Configures the project refused/ with compilers for other systems or processors. find_package must refuse each compiler
+# with a message that gives the reason.
 #
-#   PROJECT_BUILD: the build to install; CLANG: the folder of clang
+#   PROJECT_BUILD: the build to install; or PACKAGE: the folder of an existing package; CLANG: the folder of clang
 
 include("${CMAKE_CURRENT_LIST_DIR}/Steps.cmake")
 

@@ -40,7 +40,7 @@ endforeach()
 file(COPY "${DLLS}/libstdc++-6.dll" "${DLLS}/libgcc_s_seh-1.dll" "${DLLS}/libwinpthread-1.dll" DESTINATION "${bin}")
 set(compiler "-DCMAKE_CXX_COMPILER=${bin}/x86_64-w64-mingw32ucrt-g++")
 
-# Builds a user's project with the first compiler and the package.
+# Builds a user's project with the first compiler and the package, and runs its programs.
 build_and_run(
     "${CMAKE_CURRENT_LIST_DIR}/find_package" "${FOLDER}/vorelCore/lib/cmake/vorelCore/mingw-ucrt.cmake"
     "consumer_dll;consumer_static"

@@ -29,6 +29,7 @@ function(run_program program)
 endfunction()
 
 # Configures a project in FOLDER/build with a toolchain file, and builds and runs the programs in the list `programs`.
+# Further arguments are options of the configuration.
 function(build_and_run source toolchain programs)
     run("Configure"
         "${CMAKE_COMMAND}" -S "${source}" -B "${FOLDER}/build" -G "${GENERATOR}"

@@ -1,6 +1,6 @@
 /// \file
 /// The members of `Array` that work as in containers of the standard library: construction from lists and ranges,
-/// deduced element types, `push_back` and `emplace_back`. ArrayTest.cpp tests the other members.
+/// deduced element types, `push_back` and `emplace_back`. ArrayTest.cpp and ArrayGrowthTest.cpp test the other members.
 
 #include <algorithm>
 #include <array>
@@ -50,7 +50,8 @@ Texts textsOf(const Array<String>& array) {
 
 // ---- Overloads ------------------------------------------------------------------------------------------------------
 
-// A number without braces is rejected, because it could be a count or an element.
+// A number without braces is rejected, because it could be a count or an element. A pointer and a count are rejected,
+// too.
 static_assert(!std::is_constructible_v<Array<int>, int> && !std::is_constructible_v<Array<int>, unsigned int>);
 static_assert(!std::is_constructible_v<Array<int>, const int*, unsigned int>);
 // A range is converted only explicitly, and only if its elements can be converted.

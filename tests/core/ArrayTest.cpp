@@ -143,7 +143,7 @@ TEST(Array, Append_AddsAtTheEnd) {
     EXPECT_EQ(array[99], 49.5);
 }
 
-TEST(Array, Append_WorksForEveryElementTypeOfTheInterface) {
+TEST(Array, Append_WorksForElementTypesOfTheInterface) {
     const int object = 0;
     EXPECT_EQ(elementsOf(arrayOf<unsigned char>({0, 255})), (std::vector<unsigned char>{0, 255}));
     EXPECT_EQ(elementsOf(arrayOf<int>({-1, 1})), (std::vector<int>{-1, 1}));

@@ -105,7 +105,7 @@ TYPED_TEST(BaseStringFormat, NullFormat_ReleasesTheBuffer) {
 // ---- Growth ---------------------------------------------------------------------------------------------------------
 
 // A string without a buffer reserves space for the text, one more unit and the terminator.
-TYPED_TEST(BaseStringFormat, FirstBuffer_FitsTheMeasuredText) {
+TYPED_TEST(BaseStringFormat, FirstBuffer_FitsTheText) {
     for (unsigned int count = 0; count <= 1030; count += count == 140 ? 360 : 1) {
         BaseString<TypeParam> string;
         this->fill(string, count);
@@ -234,7 +234,7 @@ TEST(BaseStringFormatOfNarrowText, UnconvertibleWideArgumentAfterLongText_Throws
 
 TYPED_TEST(BaseStringFormat, ConversionRejectedByTheRuntime_Throws) {
     // The runtime rejects %n as an invalid parameter. The library's handler for invalid parameters lets the program
-    // continue, so the print function returns with EINVAL.
+    // continue, so the print function fails with EINVAL.
     int count = 77;
     for (const bool allocated : {false, true}) {
         BaseString<TypeParam> string;

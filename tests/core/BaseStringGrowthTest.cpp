@@ -1,5 +1,6 @@
 /// \file
-/// `BaseString::reserve`, the only function that grows a string: capacities, the text and the length after growth.
+/// `BaseString::reserve`, whose rules every growth of a string follows: capacities, the text and the length after
+/// growth.
 
 #include <algorithm>
 #include <cstdint>

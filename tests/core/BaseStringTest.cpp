@@ -1,6 +1,6 @@
 /// \file
-/// Members of `BaseString`: construction, assignment, appending, comparison. BaseStringGrowthTest.cpp tests
-/// growth, and BaseStringFormatTest.cpp tests formatting.
+/// Members of `BaseString`: construction, assignment, appending, length, clearing, comparison, and buffers that modules
+/// pass to each other. BaseStringGrowthTest.cpp tests growth, and BaseStringFormatTest.cpp tests formatting.
 
 #include "vorel/core/BaseString.h"
 

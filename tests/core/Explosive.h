@@ -20,8 +20,8 @@ struct OtherException {
     int number;
 };
 
-/// A value whose destructor throws the exception that `explosion` selects. Copying copies only the number, so the
-/// destructor of a copy does not throw. The class counts its live objects.
+/// A value whose destructor throws the exception that `explosion` selects. A copy gets only the number, so its
+/// destructor does not throw. An assignment also changes only the number. The class counts its live objects.
 struct Explosive {
     Explosive() noexcept { ++s_alive; }
     explicit Explosive(int value) noexcept : number(value) { ++s_alive; }
@@ -49,12 +49,12 @@ struct Explosive {
     static inline int s_alive = 0;
 };
 
-/// The message of the exception that the value `number` throws.
+/// The message of the library exception that a value with this number throws.
 inline std::wstring explosionOf(int number) {
     return L"No more memory is available: " + std::to_wstring(number) + L" objects of size 2 requested";
 }
 
-/// The log line of the exception that the value `number` throws.
+/// The prefix and the message of the log line of this exception.
 inline std::string explosionLine(int number) {
     return "Vorel Error: No more memory is available: " + std::to_string(number) + " objects of size 2 requested";
 }

@@ -90,7 +90,7 @@ TEST(AllocBase, MessageTextsForClientsAreFixed) {
     EXPECT_STREQ(Client::msgCopyConstructorError, L"Error when calling class copy constructor.");
 }
 
-/// The example in MemoryAccounting.h.
+/// The example in MemoryAccounting.h, with a field.
 class Node : public AllocBase {
 public:
     static void* operator new(std::size_t size) noexcept { return _alloc(size); }

@@ -5,8 +5,8 @@ and to the landing pad. Tests cannot make every call throw, and counting only th
 better than it is. So both edges of a call are ignored, and only the branches in the source code count.
 
 Every line that no test reaches, and every line with a branch that no test takes, must be listed in unreached.txt with
-the reason. If folders are given, only the tests of these folders have run, and only the percentages of these folders
-are checked.
+the reason. Lines such as "});" do not count (see is_brace). If folders are given, only the tests of these folders
+have run, and only the percentages of these folders are checked.
 """
 
 import json
@@ -96,7 +96,8 @@ def write_report(files):
 
 
 def read_list():
-    """Reads blocks separated by empty lines. Each block has a file, lines that begin with "- ", and a reason."""
+    """Reads blocks separated by empty lines. Each block has a file, lines that begin with "- ", and a reason. Lines
+    that begin with "#" are comments."""
     listed = {}
     for block in LISTED.read_text().split("\n\n"):
         lines = [line for line in block.splitlines() if line.strip() and not line.startswith("#")]
@@ -145,7 +146,8 @@ def table(files):
 
 
 def report_gaps(files):
-    """Prints the gaps that are not listed, and the listed lines that are reached. Returns whether it printed any."""
+    """Prints the gaps that are not listed, and the listed lines that have no gap or no longer exist. Returns whether it
+    printed any."""
     listed = read_list()
     failed = False
     used = set()

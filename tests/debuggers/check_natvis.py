@@ -3,9 +3,9 @@
 
     check_natvis.py <file.natvis> <folder of headers>
 
-The file must be well-formed. Each type must be a class of the headers, with the same number of template arguments. Each
-name in an expression must be in the headers. Each hexadecimal constant must be equal to `kUnknownLength` of the
-headers.
+The file must be well-formed, and contain only elements that this script knows. BaseString, Array, HashMap and Exception
+must have views. Each type must be a class of the headers, with the same number of template arguments. Each name in an
+expression must be in the headers. Each hexadecimal constant must be equal to `kUnknownLength` of the headers.
 """
 
 import pathlib
@@ -84,7 +84,8 @@ def check_type(node, code):
             raise Failure("%s: <%s> is not a known element" % (name, tag))
         for expression in expressions_of(element):
             for identifier in identifiers_of(expression):
-                # A member of the class, or a member of Array, BaseString or Node that is accessed through a member.
+                # A name after "." or "->" may be anywhere in the headers, because it is a member of Array, BaseString
+                # or Node. Every other name must be in the class.
                 through = re.search(r"(?:->|\.)\s*%s\b" % identifier, expression)
                 if identifier not in known and not re.search(r"\b%s\b" % identifier, code if through else scope):
                     raise Failure("%s: the headers do not contain %s (%s)" % (name, identifier, expression))

@@ -1,4 +1,4 @@
-// A program with one object of each kind that has a debugger view. It is compiled with debug information and without
+// A program with objects of all kinds that have a debugger view. It is compiled with debug information and without
 // optimisation. The test stops the program in stopHere().
 
 #include <vorel/vorelCore.h>

@@ -9,7 +9,8 @@
 
 namespace {
 
-/// The computer name as in a log line: in lower case, and empty if it has more than 15 characters.
+/// The computer name as in a log line: A to Z in lower case, and empty if the name has more than 15 characters or is
+/// not available.
 std::string computerName() {
     char name[16] = {};
     DWORD size = sizeof name;

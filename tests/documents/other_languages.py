@@ -12,7 +12,8 @@
 - csharp: compiles with Mono's compiler, and runs with .NET for Windows under Wine. The DLLs of <build> are in the path.
 - python: checks the syntax, and that the library exports the functions that the sample calls.
 
-Exits with 77, which CTest reports as "skipped", if a program is missing.
+Exits with 77, which CTest reports as "skipped", if clang, GCC for mingw-w64, Mono's compiler or .NET is needed but
+missing.
 """
 
 import json
@@ -29,8 +30,8 @@ SKIPPED = 77
 PACKAGE = "C:\\vorelCore\\"
 GCC = "x86_64-w64-mingw32-g++-posix"
 
-# Replaces the start-up code of the C runtime, for a program that uses only functions of the C runtime. Microsoft's
-# compilers refer to `_fltused` in programs with floating-point numbers.
+# Replaces the start-up code of the C runtime. `main` gets no arguments. Compilers for Microsoft's ABI refer to
+# `_fltused` in programs with floating-point numbers.
 START = """\
 int _fltused = 0;
 int main(void);

@@ -5,7 +5,7 @@ A fenced block labelled `cpp` is a sample. A sample with a `main` is a program. 
 functions of one program, whose log is `sample.log`. A block labelled `output` after a sample is its expected standard
 output. A block labelled `log` is its expected log; times, computer names and ids may differ.
 
-Samples in other languages have the same blocks; other_languages.py runs them.
+Samples in other languages have the same blocks; other_languages.py runs or checks them.
 """
 
 import argparse
@@ -86,7 +86,8 @@ def samples(page: Path) -> list:
             found.append(Sample(page, block.language, block.line, block.text))
         elif block.language in ("output", "log"):
             if not found or block.language in found[-1].expected:
-                sys.exit(f"{page}:{block.line}: no sample without a {block.language} block precedes this block")
+                sys.exit(f"{page}:{block.line}: no sample precedes this block, or "
+                         f"the sample already has a block labelled {block.language}")
             found[-1].expected[block.language] = block.text
     return found
 
@@ -97,7 +98,8 @@ def write_if_changed(path: Path, text: str) -> None:
 
 
 def cut(pages: list, folder: Path) -> None:
-    """Writes the source of each program, and prints "page number program" for each sample."""
+    """Writes the source of each program, and prints "page number program" for each C++ sample. The number counts the
+    samples of the page in all languages, from 1."""
     folder.mkdir(parents=True, exist_ok=True)
     for page in pages:
         functions, cases = [], []
@@ -123,7 +125,8 @@ def cut(pages: list, folder: Path) -> None:
 
 
 def records(log: str) -> str:
-    """The lines of a log without the fields that differ from run to run. Fails for a line in another format."""
+    """The lines of a log without the fields that differ from run to run. Ends the program if a line has another
+    format."""
     lines = []
     for line in log.splitlines():
         match = LOG_LINE.fullmatch(line)
@@ -139,7 +142,8 @@ def new_folder(folder: Path) -> None:
 
 
 def execute(sample: Sample, command: list, folder: Path) -> None:
-    """Runs one sample in a folder, and compares its output and its log."""
+    """Runs one sample in a folder. The exit code must be 0. The output and the log must match the blocks of the page, if
+    the page contains them."""
     done = subprocess.run(command, cwd=folder, stdout=subprocess.PIPE, timeout=60, check=False)
     where = f"{sample.page}:{sample.line}"
     if done.returncode != 0:

@@ -3,9 +3,13 @@
 
     tool_output.py <page> <folder> <folder of the tools> <command that runs a program>...
 
-A block labelled `sh` has one or more calls of vorellog or vorelconv. The next block labelled `console` or `json` is the
-expected output of these calls. A block labelled `text` is the content of a file, whose name is an argument of the first
-call in the next block labelled `sh`. If the name of the file ends in ".log", its lines end in CR LF.
+The calls run in <folder>, which is emptied first. A block labelled `sh` has one or more calls of vorellog or vorelconv.
+A block with a call of another program is ignored. The next block labelled `console` or `json` is the expected output of
+these calls; each line of a `json` block must be valid JSON.
+
+A block labelled `text` is the content of a file. The first call of each following block labelled `sh`, up to the next
+block labelled `text`, may name this file; the name is the first argument that ends in ".log" or ".txt". If the name
+ends in ".log", the lines of the file end in CR LF.
 """
 
 import difflib
@@ -24,7 +28,7 @@ FILE = re.compile(r"[\w-]+\.(?:log|txt)")
 
 
 def output(call: list, folder: Path, tools: Path, emulator: list) -> str:
-    """Runs one call of a tool. Returns its standard output, with a line feed at the end."""
+    """Runs one call of a tool. Returns its standard output, in which every line ends in a line feed."""
     done = subprocess.run([*emulator, tools / f"{call[0]}.exe", *call[1:]], cwd=folder, stdout=subprocess.PIPE, timeout=60,
                           check=True)
     text = done.stdout.decode("utf-8").replace("\r\n", "\n")

@@ -18,7 +18,8 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// Moves a file out of the way; the destructor moves it back.
+/// Moves a file out of the way, if it exists. The destructor deletes the file that now has its name, and moves the old
+/// file back.
 class FileSetAside {
 public:
     FileSetAside(std::string path, const test::TemporaryFolder& folder, const std::string& name)

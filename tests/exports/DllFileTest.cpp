@@ -50,7 +50,8 @@ TEST_F(DllFile, IsMappedAndLoadsAdvapi32OnFirstUse) {
         GTEST_SKIP() << "the options for this are passed only to GNU's linker";
     }
     EXPECT_THAT(dll.imports(), Not(Contains(StrCaseEq("ADVAPI32.dll"))));
-    EXPECT_EQ(dll.header().FileAlignment, 4096u) << "sections that are not aligned to pages are read, not mapped";
+    EXPECT_EQ(dll.header().FileAlignment, 4096u)
+        << "Wine reads sections that are not aligned to pages, instead of mapping them";
 }
 
 // A small section must be part of .data, because each section takes at least a page of the file and of memory.

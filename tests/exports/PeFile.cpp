@@ -13,7 +13,7 @@ namespace test {
 namespace {
 
 constexpr std::size_t kShortNameBytes = 8;
-// The size of a symbol in the file. The compiler's structure is larger, because it is padded.
+// The size of a symbol in the file, the same as IMAGE_SIZEOF_SYMBOL.
 constexpr std::size_t kSymbolBytes = 18;
 
 }  // namespace

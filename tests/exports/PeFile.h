@@ -17,7 +17,8 @@ namespace test {
 /// \throws std::runtime_error if it cannot be opened.
 std::string readFile(const std::wstring& name);
 
-/// The functions that read a table throw `std::runtime_error` if the table is damaged.
+/// If the functions that read a table detect that the table is damaged, they throw a class derived from
+/// `std::exception`, usually `std::runtime_error`.
 class PeFile {
 public:
     struct Section {
@@ -29,7 +30,8 @@ public:
     };
 
     /// Reads a file in the folder of the test program.
-    /// \throws std::runtime_error if it cannot be opened, is damaged, or is not a 64-bit program file.
+    /// \throws std::runtime_error if it cannot be opened or is not a 64-bit program file; a class derived from
+    ///         `std::exception` if it is damaged.
     explicit PeFile(const std::wstring& name);
 
     [[nodiscard]] const std::string& bytes() const { return m_bytes; }

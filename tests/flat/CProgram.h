@@ -9,7 +9,7 @@ extern "C" {
 #endif
 
 /// Uses the flat interface from C. Returns null on success, otherwise a description of the first failure. `mutexName`
-/// is UTF-16 and must be unique.
+/// is zero-terminated UTF-16, and the name must be unique.
 const char* firstFailureInC(const uint16_t* mutexName);
 
 #ifdef __cplusplus

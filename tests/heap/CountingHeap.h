@@ -1,6 +1,7 @@
 /// \file
 /// The heap of a test program. It serves every `malloc`, `calloc`, `realloc` and `free` of the library and of the
-/// tests, and the global `new` and `delete`. It can make requests fail, and it counts the blocks in use.
+/// tests, and the global `new` and `delete`, except for over-aligned types. It can make requests fail, and it counts
+/// the blocks in use.
 ///
 /// It does not serve the requests of the C runtime itself (streams, locales). It serves the requests of the compiler's
 /// runtime (thrown objects) only in the guarded build, which links the compiler's runtime statically.
@@ -21,7 +22,8 @@ namespace heap {
 /// Which requests fail: only the n-th request, or the n-th and all later requests.
 enum class Failure { Once, FromThenOn };
 
-/// Starts counting: forgets all blocks, and then counts each new block until it is freed.
+/// Starts counting: forgets all blocks, and then counts each new block until it is freed. If more than 4096 counted
+/// blocks are in use, the program is aborted.
 void watch() noexcept;
 void stopWatching() noexcept;
 std::size_t heldBlocks() noexcept;
@@ -45,7 +47,7 @@ private:
 void arm(unsigned int nth, Failure failure) noexcept;
 void disarm() noexcept;
 
-/// The number of requests and of failed requests since the last `arm`.
+/// The number of requests and of failed requests from the last `arm` to `disarm`.
 unsigned int requests() noexcept;
 unsigned int failedRequests() noexcept;
 

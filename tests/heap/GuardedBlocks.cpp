@@ -37,7 +37,8 @@ struct Piece {
     State state;
 };
 
-/// A queue of freed small blocks, that is, of pieces with one accessible page. Their pages stay allocated.
+/// A queue of freed small blocks, that is, of pieces with one page before the inaccessible page at the end. Their pages
+/// stay allocated.
 struct Retired {
     std::uint32_t pages[kMaxRetired];
     std::size_t first;
@@ -158,7 +159,8 @@ void prepare() noexcept {
 }
 
 /// The first of `pages` consecutive free pages. Searches in a circle through the region, so pages are reused as late as
-/// possible. Clears the descriptions of the pieces that these pages belonged to.
+/// possible. Clears the descriptions of the pieces that these pages belonged to. Aborts if the region does not have so
+/// many consecutive free pages.
 std::size_t findPages(std::size_t pages) noexcept {
     bool wrapped = false;
     std::size_t first = next;
@@ -246,7 +248,7 @@ unsigned char* placeBlock(std::size_t bytes) noexcept {
     return blockOf(page);
 }
 
-/// The page of a live block. Aborts for any other address.
+/// The first page of a live block. Aborts for any other address in the region.
 std::size_t livePage(const void* block) noexcept {
     const std::size_t page = pageOf(block);
     const Piece& piece = pieces[page];
@@ -265,7 +267,8 @@ void discard(std::size_t page) noexcept {
     piece.state = State::Free;
 }
 
-/// Makes a freed block inaccessible. Small blocks after the first `kMaxForbidden` are overwritten instead.
+/// Makes a freed block inaccessible. Small blocks after the first `kMaxForbidden` are overwritten instead. If the queue
+/// of freed small blocks is full, first frees the page of the oldest one, without a check of its pattern.
 void retire(std::size_t page) noexcept {
     Piece& piece = pieces[page];
     if (piece.pages == 1) {

@@ -7,12 +7,14 @@
 ///
 /// A freed block becomes inaccessible. If a program frees many small blocks (of at most one page), making each block
 /// inaccessible is too slow. So after the first 20,000 small blocks, a freed small block is overwritten with a pattern
-/// instead. The pattern is checked before the page of such a block is reused. The page is reused only after at least
-/// 8,192 other small blocks were freed.
+/// instead. The pattern is checked before the page of such a block is reused or released. The page is reused only after
+/// at least 8,192 other small blocks were freed. If 16,384 freed small blocks wait for reuse and another one is freed,
+/// the page of the oldest of them is released.
 ///
 /// If an access faults, the heap prints an explanation to stderr, such as "heap: read at offset 10 of a block of 10
-/// bytes", and the fault ends the program. If a block is freed twice, if no block starts at a freed address, or if the
-/// pattern before a block or in a freed block has changed, the heap prints an explanation and aborts the program.
+/// bytes", and the fault ends the program. If a block is freed again before its page is reused, if no block starts at a
+/// freed address, or if a check finds that the pattern before a block or in a freed block has changed, the heap prints
+/// an explanation and aborts the program.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +23,8 @@
 
 namespace heap::blocks {
 
-/// The number of blocks that are allocated and not freed.
+/// The number of live blocks, which are allocated and not freed. The functions of this file do not count blocks that
+/// come from the runtime's heap.
 std::size_t live() noexcept;
 
 /// Waits until at most `count` blocks are live, because the last blocks of a thread may be freed shortly after the

@@ -28,7 +28,7 @@ public:
     }
 
     void OnTestEnd(const testing::TestInfo& info) override {
-        // A failed test is not checked, because its failure message may still be a live block.
+        // A failed or skipped test is not checked, because its message may still be a live block.
         if (!m_isSecondRun || !info.result()->Passed() || (blocks::waitForLive(m_before) && isWithoutHiddenLeak())) {
             return;
         }

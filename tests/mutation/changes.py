@@ -1,8 +1,8 @@
 """Finds the mutants of a C++ source: small changes of its text. Uses regular expressions instead of a parser.
 
-The search relies on the layout that clang-format produces: a binary operator has a space on both sides, the angle
-brackets of a template have none, and every body is in braces. A change that does not compile is replaced by another
-change. So a regular expression that matches the wrong text only costs time.
+The search relies on the layout that clang-format produces: a binary operator has a space before it and a space or a
+line break after it, the angle brackets of a template have no spaces, and every body is in braces. A change that does
+not compile is replaced by another change. So a regular expression that matches the wrong text only costs time.
 """
 
 import hashlib
@@ -10,7 +10,7 @@ import re
 from collections import Counter
 from dataclasses import dataclass
 
-# Binary operators, which are between spaces, and the operators that a typical mistake would use instead.
+# Binary operators, which have white space on both sides, and the operators that a typical mistake would use instead.
 _BINARY = {
     "comparison": {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "=="},
     "arithmetic": {"+": "-", "-": "+", "*": "+", "/": "*", "%": "/", "+=": "-=", "-=": "+="},
@@ -27,8 +27,8 @@ _CONDITION = re.compile(r"\b(?:if|while) \(")
 _DECLARES = re.compile(r"[\w>*&] \*?&?\w+ = |;")
 _RETURN = re.compile(r"\breturn ([^;{]+);")
 
-# A statement that can be deleted: a call, an assignment, an increment, a jump, or a guard that holds or releases a
-# lock.
+# A statement that can be deleted: a call, an assignment, an increment, a jump without a result, a throw, or a guard
+# that holds or releases a lock.
 _STATEMENT = re.compile(
     r"(?:\(void\))?(?:\+\+|--|\*)*[A-Za-z_][\w:]*(?:<[\w:, ]*>)?(?:(?:->|\.)\w+|\[[^\[\]]*\])*"
     r"(?:\(|\+\+|--| (?:[-+*/|&^]|<<|>>)?= ).*"
@@ -82,9 +82,9 @@ def _blank(match):
 
 
 def _code(text):
-    """`text` with spaces instead of everything that is never changed: comments, literals, directives, attributes,
-    template headers, operator names and static assertions. Line feeds are kept, so the offsets and the lines of the
-    remaining code stay the same."""
+    """`text` with spaces instead of everything that is never changed: comments, string and character literals,
+    directives, attributes, template headers, operator names and static assertions. Line feeds are kept, so the offsets
+    and the lines of the remaining code stay the same."""
     return _STATIC_ASSERT.sub(_blank, _NOT_CODE.sub(_blank, text))
 
 

@@ -27,7 +27,7 @@ class LibraryDoesNotCompile(Exception):
 
 
 class TestDoesNotCompile(Exception):
-    """The change violates a static assertion of a test."""
+    """A source of a test does not compile with the change, for example because a static assertion of the test fails."""
 
 
 def _output_of(command):
@@ -246,7 +246,8 @@ class Bench:
 
     def run(self, program, test_filter):
         """Runs tests until one fails. Returns None if all pass, or the name of the failed test. " (hangs)" or
-        " (crashes)" follows the name if the test has no result."""
+        " (crashes)" follows the name if the test has no result. The name is "?" if no test has started. If a test hangs
+        because the time limit is too low for a busy machine, the limit is raised and the tests are run again."""
         failed = self._run(self._bin, program, test_filter)
         while failed and failed.endswith("(hangs)") and self._is_slow(program, test_filter):
             failed = self._run(self._bin, program, test_filter)

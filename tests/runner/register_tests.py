@@ -15,7 +15,8 @@ share a process. The following cases run in separate processes:
   - the cases of a program whose description says so;
   - all cases if VOREL_TEST_UNIT is "case", so that each can be selected by its name.
 
-A program that is not built has one test, which fails.
+In the script, a program that is not built has one test, which fails. With --list, such a program ends the run with an
+error.
 """
 
 import json

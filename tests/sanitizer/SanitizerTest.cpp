@@ -18,7 +18,7 @@
 namespace {
 
 constexpr int kTrap = static_cast<int>(EXCEPTION_ILLEGAL_INSTRUCTION);  // also raised by the stack protector
-constexpr int kAborted = 3;  // by std::abort, which a failed assertion of the standard library calls
+constexpr int kAborted = 3;  // by std::abort under Wine; a failed assertion of the standard library calls std::abort
 
 // Volatile, so that the compiler cannot detect or remove the undefined behaviour.
 volatile int largest = INT_MAX;

@@ -2,7 +2,7 @@
 /// Simulates a second, ordinary user without a second account. A thread gets a restricted copy of the token of this
 /// process. In this copy, the security identifiers of the user, of the owner of new objects, and of the administrators
 /// are disabled: an entry of an access list that grants rights to one of them has no effect. So the thread has no
-/// rights as the owner of an object. It has the rights that Everyone has.
+/// rights as the owner of an object. It keeps the rights of Everyone and of the user's other groups.
 #pragma once
 
 #include <set>

@@ -41,7 +41,8 @@ protected:
                                                            name.c_str(), &fileCreated, &mappingCreated));
     }
 
-    /// Expects that `obtain` throws an exception with the message `text`, and that the log contains only this failure.
+    /// Expects that `obtain` throws an exception with the message `text`, that the log contains only this failure, and
+    /// that `mappingCreated` becomes false.
     void expectFailure(const std::wstring& path, DWORD size, const std::wstring& text) {
         fileCreated = true;
         mappingCreated = true;
@@ -176,7 +177,7 @@ TEST_F(SecuredFileMapping, NamesMayContainBlanksAndNonAsciiCharacters) {
 
 // ---- Failures ----
 
-/// The system's text for a failure to open `path` in the same way as the library.
+/// The system's text for a failure to open `path` with the access rights and the sharing that the library requests.
 std::wstring textOfOpening(const std::wstring& path) {
     const Handle file(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                   nullptr, OPEN_EXISTING, 0, nullptr));

@@ -2,8 +2,8 @@
 their variants.
 
 Compiles the sources that handle a line of the log, reads the compiler's call graph with the size of each frame, and
-finds the chain of calls of each channel that uses the most stack. The stack of the runtime and the system is not
-included. The stack of calls that throw is not included either, because the code that throws is in other sources.
+finds the chain of calls of each channel that uses the most stack. Functions in other sources are not included: the
+runtime and the system, the functions that throw, and the test whether a debug target is on.
 
     check_stack.py <source folder> <work folder> <compiler> <flag>...
 """
@@ -45,7 +45,7 @@ FRAME = re.compile(r"\\n(\d+) bytes \(([^)]*)\)")
 
 class CallGraph:
     def __init__(self):
-        self.frames = {}  # size in bytes, by linker name
+        self.frames = {}  # size in bytes, with the return address, by linker name
         self.calls = {}
 
     def read(self, path):
@@ -60,7 +60,8 @@ class CallGraph:
                 self.calls.setdefault(edge[1], set()).add(edge[2])
 
     def deepest(self, title, active=()):
-        """The chain of calls from `title` that uses the most stack: its size in bytes, and its functions."""
+        """The chain of calls from `title` that uses the most stack: its size in bytes, and its functions. A function
+        that is not in the sources, and a recursive call, have the size 0."""
         if title not in self.frames or title in active:
             return 0, []
         chains = [self.deepest(called, (*active, title)) for called in self.calls.get(title, ())]

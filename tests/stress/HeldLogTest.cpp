@@ -22,12 +22,14 @@ using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 using vorel::Exception;
 
-/// How long the other process holds the lock. A writer repeats its attempts for 1.4 s, so a later attempt succeeds.
+/// How long the other process holds the lock in tests in which a writer gets the lock. A writer repeats its attempts
+/// for about 1.4 s, so a later attempt succeeds.
 constexpr unsigned int kHoldMs = 300;
 
 class HeldLogTest : public ::testing::Test {
 protected:
-    /// Starts a process that locks the log for at most `holdMs`, and waits until the process holds the lock.
+    /// Starts a process that locks the log for at most `holdMs` and appends `text` to it. Waits until the process has
+    /// done both.
     void holdLog(unsigned int holdMs, const std::string& text = {}) {
         m_holder = std::make_unique<test::ChildProcess>(
             L"lock_holder",

@@ -50,7 +50,7 @@ public:
     [[nodiscard]] bool waitForProgress() const;
 
     /// Waits for the writers that are not `kEndless`, and collects their results. Returns false if one of these writers
-    /// fails or has no result.
+    /// fails, has no result, or runs for two more minutes.
     [[nodiscard]] bool finish();
 
     [[nodiscard]] const std::vector<LogWriter>& all() const { return m_writers; }

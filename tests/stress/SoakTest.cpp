@@ -114,8 +114,8 @@ public:
         EXPECT_LE(m_stats->number, additions + m_kills);
     }
 
-    /// Expects that the memory and the handles of the process that was never killed have not grown, and that every
-    /// process was woken and has converted texts.
+    /// Expects that the process that was never killed has grown by at most 1 MiB of memory and four handles, and that
+    /// every process was woken and has converted texts.
     void expectNoGrowth() {
         const SoakCounts& survivor = m_stats->processes[0];
         ASSERT_NE(survivor.memoryKiBFirst, 0) << "the test was too short to measure the memory";
@@ -225,7 +225,7 @@ private:
     long long m_kills = 0;
     long long m_torn = 0;       ///< lines of the log that begin with a partial line
     long long m_abandoned = 0;  ///< warnings about an abandoned mutex
-    long long m_invalid = 0;    ///< lines that cannot be parsed, even from their last '['
+    long long m_invalid = 0;    ///< lines with a '[' after their start that cannot be parsed, even from their last '['
     std::string m_firstInvalid;
 };
 

@@ -53,7 +53,8 @@ inline AccessEntry denied(DWORD mask, const SidBytes& sid) {
     return {ACCESS_DENIED_ACE_TYPE, 0, mask, sid};
 }
 
-/// The entries of the library's objects. Everyone may use the objects, but nobody may change their security.
+/// The entries of the library's objects. The first entry denies everyone the rights to change the security of the
+/// objects. The second entry grants everyone all other rights.
 inline std::vector<AccessEntry> sharedEntries(DWORD allAccess = GENERIC_ALL) {
     return {denied(0xC0000, everyone()), allowed(allAccess, everyone())};
 }

@@ -1,5 +1,5 @@
 /// \file
-/// Reference implementation of the binary-to-text encodings, bit by bit.
+/// Reference implementations of the binary-to-text encodings: Base64 and Daylight bit by bit, and hexadecimal digits.
 #pragma once
 
 #include <cstddef>

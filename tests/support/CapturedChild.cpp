@@ -7,7 +7,7 @@ namespace test {
 
 namespace {
 
-/// A pipe. A child process can inherit one end.
+/// A pipe. A child process inherits only the end that `inheritable` was called with.
 struct Pipe {
     Pipe() {
         HANDLE readEnd = nullptr;

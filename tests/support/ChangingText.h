@@ -115,8 +115,8 @@ private:
 template <class T>
 class ChangingText {
 public:
-    /// The length of the text in units. The text nearly fills a string buffer of 8,192 bytes, so a longer result does
-    /// not fit into such a buffer.
+    /// The length of the text in units. The text nearly fills a string buffer of 8,192 bytes, so a result that is more
+    /// than 40 bytes longer does not fit into such a buffer.
     static constexpr std::size_t kUnits = (2 * SwitchingPages::kPage - 40) / sizeof(T) - 1;
 
     ChangingText(const std::basic_string<T>& before, const std::basic_string<T>& after)

@@ -1,5 +1,6 @@
 /// \file
-/// Programs that a test starts. They are built from tests/children into the folder of the test program.
+/// Programs that a test starts. They are in the folder of the test program. Most of them are built from
+/// tests/children; the others are tools and test programs.
 ///
 ///     test::ChildProcess child(L"never_configured", {L"first line"});
 ///     ASSERT_TRUE(child.wait());
@@ -42,7 +43,7 @@ public:
     /// Waits until the program exits. Returns false if the program still runs after `limitMs`.
     [[nodiscard]] bool wait(DWORD limitMs = kGenerousMs) const;
 
-    /// Terminates the program and waits until it has ended.
+    /// Terminates the program if it still runs, and waits up to `kGenerousMs` until it has ended.
     void terminate();
 
     /// The exit code; nullopt while the program runs.
@@ -58,6 +59,7 @@ private:
 
 /// Runs a program until it exits, and returns its exit code. A program that still runs after `kGenerousMs` is
 /// terminated, and the result is nullopt.
+/// \throws std::runtime_error if the program cannot be started.
 std::optional<DWORD> runChild(const std::wstring& program, const std::vector<std::wstring>& arguments = {},
                               const ChildOptions& options = {});
 

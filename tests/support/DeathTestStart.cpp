@@ -1,6 +1,7 @@
 /// \file
-/// Linked into every test program. If Wine cannot start the child of a death test, the child is started again.
-/// Otherwise GoogleTest would end the test program, and the message of GoogleTest would be lost in the captured output.
+/// Linked into every test program, except in builds with MSVC. If Wine cannot start the child of a death test, the
+/// child is started again. Otherwise GoogleTest would end the test program, and the message of GoogleTest would be lost
+/// in the captured output.
 
 #include <windows.h>
 

@@ -13,7 +13,7 @@
 
 namespace test {
 
-/// A natural number as groups of nine decimal digits, the lowest group first.
+/// A positive integer as groups of nine decimal digits, the lowest group first.
 class DecimalNumber {
 public:
     explicit DecimalNumber(std::uint64_t value) {
@@ -97,7 +97,8 @@ struct ExactDecimal {
     int exponent;
 };
 
-/// The text of a finite value other than 0.
+/// The text of a finite value other than 0. If `json` is true, scientific notation always has a point and at least one
+/// digit after the point.
 inline std::string textOfDouble(double value, bool json) {
     const bool isSmall = std::fabs(value) < 0.1;
     ExactDecimal decimal(std::fabs(value));

@@ -1,8 +1,8 @@
 /// \file
 /// Expectations about exceptions: the exact class and every message on the stack.
 ///
-///     test::expectThrows<MemoryException>([&] { string.reserve(~0u, false); },
-///                                         {L"No more memory is available: …", L"…: Vorel exception rethrown"});
+///     test::expectThrows<vorel::Exception>([&] { vorel::util::gmtime(&time, nullptr); },
+///                                          {L"pGMTime is null", L"vorel::util::gmtime: Vorel exception rethrown"});
 #pragma once
 
 #include <string>

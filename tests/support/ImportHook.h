@@ -22,7 +22,7 @@
 #include <windows.h>
 
 // The entries of the import table. The name of an entry is "imported", followed by the name of its function without
-// underscores.
+// underscores and with a capital letter at the start of each part: `importedGetOsfhandle` for `_get_osfhandle`.
 extern "C" {
 extern decltype(&::AccessCheck) importedAccessCheck __asm__("__imp_AccessCheck");
 extern decltype(&::AddAccessAllowedAce) importedAddAccessAllowedAce __asm__("__imp_AddAccessAllowedAce");
@@ -178,7 +178,7 @@ private:
 /// The last error that a call sets if a test lets the call fail. Nothing else in a test sets this code.
 inline constexpr DWORD kFailureError = ERROR_DISK_FULL;
 
-/// A function that fails: it returns null or false, and sets the last error to `kFailureError`.
+/// A function that fails: it returns null, false or 0, and sets the last error to `kFailureError`.
 template <class Function>
 struct FailingCall;
 
@@ -190,8 +190,8 @@ struct FailingCall<Result(Arguments...)> {
     }
 };
 
-/// Makes every call of an import fail until the returned object is destroyed. This function and the failing calls
-/// allocate no memory.
+/// Makes every call of an import fail until the returned object is destroyed. The import must report a failure by null,
+/// false or 0. This function and the failing calls allocate no memory.
 template <auto& Slot>
 [[nodiscard]] auto failCalls() {
     using Function = std::remove_pointer_t<std::remove_reference_t<decltype(Slot)>>;

@@ -28,7 +28,8 @@ bool skip(std::string_view& text, std::string_view expected) {
     return true;
 }
 
-/// Removes the last field of `text` and the period before it, and returns the field.
+/// Removes the last field of `text` and the period before it, and returns the field. If `text` has no period, changes
+/// nothing and returns an empty field.
 std::string_view consumeLastField(std::string_view& text) {
     const std::size_t point = text.rfind('.');
     if (point == std::string_view::npos) {

@@ -34,7 +34,7 @@ std::vector<std::string> readLines(const std::string& path);
 /// The parsed lines. A line that is not in the form of a log line fails the test and is omitted.
 std::vector<LogLine> readLogLines(const std::string& path);
 
-/// The messages of all lines, with their prefixes.
+/// The messages of the lines that `readLogLines` returns, with their prefixes.
 std::vector<std::string> readLogMessages(const std::string& path);
 
 }  // namespace test

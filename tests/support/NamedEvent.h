@@ -1,9 +1,12 @@
 /// \file
 /// A named event that synchronises a test with the programs that it starts.
 ///
-///     const test::NamedEvent locked(test::NamedEvent::uniqueName(L"locked"));
-///     test::ChildProcess child(L"lock_file", {path, locked.name()});
-///     ASSERT_TRUE(locked.wait());
+///     const test::NamedEvent held(test::NamedEvent::uniqueName(L"held"));
+///     const test::NamedEvent release(test::NamedEvent::uniqueName(L"release"));
+///     test::ChildProcess child(L"mutex_holder", {L"mutex=" + mutex, L"held=" + held.name(),
+///                                                L"release=" + release.name(), L"log=" + logPath});
+///     ASSERT_TRUE(held.wait());
+///     release.set();
 #pragma once
 
 #include <atomic>

@@ -13,7 +13,7 @@
 
 namespace test {
 
-/// Memory for `maxElements` elements of `T`. Each `place…` function overwrites the elements placed before.
+/// Memory for `maxElements` elements of `T`. Each `place…` call may overwrite the elements placed before.
 template <class T>
 class PageEdge {
 public:

@@ -1,6 +1,7 @@
 /// \file
-/// The precompiled header: the headers that most tests include. It is compiled once for test programs that use the DLL,
-/// and once for test programs that link the static library.
+/// The precompiled header: the headers that most tests include. It is compiled once for most test programs that use the
+/// DLL, and once for most test programs that link the static library. A few targets, such as the tests in core/,
+/// compile it separately.
 #pragma once
 
 #include <algorithm>

@@ -31,7 +31,7 @@ void forEachRandomInput(int count, Check check) {
 }
 
 /// Copies `text` and its terminator to the end of `pages`, to the start, or to a random position. `pages` must have
-/// space for at least 2048 units.
+/// space for at least 2048 units, and `text` must not have more than 1024 units.
 template <class T>
 const T* placeAnywhere(RandomText& random, PageEdge<T>& pages, const std::basic_string<T>& text) {
     const std::basic_string_view<T> withTerminator(text.c_str(), text.size() + 1);

@@ -1,5 +1,5 @@
 /// \file
-/// Random texts from an alphabet. The same seed gives the same texts.
+/// Random numbers and bytes, and random texts from an alphabet. The same seed and the same calls give the same results.
 #pragma once
 
 #include <cstddef>

@@ -14,7 +14,7 @@
 namespace test {
 
 /// A view of the statistics that the processes of a run share. The first object with a name creates the statistics,
-/// in which all numbers are 0. Later objects with this name open them.
+/// in which all numbers are 0. While an object with this name exists in any process, further objects open them.
 template <class Stats>
 class SharedStats {
 public:

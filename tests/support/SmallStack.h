@@ -15,8 +15,8 @@
 
 namespace test {
 
-/// Runs `action` on a new thread with `bytes` of stack left, and waits for the thread. A stack overflow ends the
-/// program.
+/// Runs `action` on a new thread with about `bytes` of stack left, and waits for the thread. The difference is less
+/// than two pages. A stack overflow ends the program.
 class SmallStack {
 public:
     static void run(std::size_t bytes, const std::function<void()>& action) {

@@ -10,14 +10,16 @@
 
 namespace test {
 
-/// The completed operations of one process since its last start, and its memory and handles.
+/// The completed operations of one process since its last start, and its memory and handles. The test checks the memory
+/// and the handles of process 0 only, which is never restarted. When another process is restarted, the values of its
+/// memory and handles are not reset.
 struct SoakCounts {
-    volatile long long lines;           ///< lines written to the log
+    volatile long long lines;           ///< lines passed to the log
     volatile long long slowLines;       ///< lines that took so long that the log may have dropped them
     volatile long long additions;       ///< additions to `SoakStats::number`
     volatile long long wakeUps;         ///< wake-ups by another process
     volatile long long conversions;     ///< round trips with the original text as the result
-    volatile long long memoryKiB;       ///< private memory of the process; 0 during the warm-up
+    volatile long long memoryKiB;       ///< private memory of the process; 0 before the first sample
     volatile long long handles;         ///< the index of a newly opened handle; it grows if handles leak
     volatile long long memoryKiBFirst;  ///< the first value of `memoryKiB` after the warm-up
     volatile long long handlesFirst;    ///< the value of `handles` at the same time

@@ -3,7 +3,7 @@
 /// number of the thread, the number of the line, and the length of the line. It ends with a checksum of the preceding
 /// bytes. The first three numbers determine the whole text.
 ///
-///     2.0.417 9034 kE€xß…語 51d2c0ffee00aa17
+///     2.1.404 61 4m1tItH_[Uov8語#pbfhYdS&B!:[q😀72. 88862bdca6c79c2a
 ///
 /// Lengths range from 60 to 12,000 units; most lines are short. Every 25th line has the maximum length, or a length
 /// that is near 8000 or equal to 4096 units, because buffers for messages often have these sizes.

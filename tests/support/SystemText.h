@@ -11,6 +11,7 @@
 
 namespace test {
 
+/// The text of `FormatErrorMsg`: the system's text without white space at either end; "No Error" for 0.
 inline std::wstring systemText(DWORD error) {
     vorel::BaseString<wchar_t> text;
     vorel::util::FormatErrorMsg(static_cast<int>(error), text);

@@ -28,7 +28,7 @@ std::string& currentPath() {
 }
 
 /// Converts a name unit by unit, because `std::filesystem` of this toolchain cannot convert narrow paths with the UCRT.
-/// All names are ASCII.
+/// All names must be ASCII, so the path of the folder for temporary files must be ASCII, too.
 std::filesystem::path asPath(const std::string& name) {
     return widened(name);
 }

@@ -8,7 +8,8 @@
 
 namespace test {
 
-/// Runs `action(number)` on `count` threads that start together, and waits for all of them.
+/// Runs `action(number)` on `count` threads that start together, and waits for all of them. The numbers are 0 to
+/// `count` - 1.
 template <class Action>
 void runTogether(int count, const Action& action) {
     std::atomic<int> arrived{0};

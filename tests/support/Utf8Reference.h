@@ -6,8 +6,8 @@
 ///     test::decodeUtf8(bytes, -1).units    // the expected result of ConvertUTF8toString
 ///
 /// The second argument, `length`, limits the number of bytes or units that are converted; -1 means no limit. A zero
-/// always ends the text. The codecs also read beyond the limit to the end of the last character, so the input must
-/// contain this character completely.
+/// ends the text, unless the zero is a trailing byte of a sequence. The codecs also read beyond the limit to the end of
+/// the last character, so the input must contain this character completely.
 #pragma once
 
 #include <cstddef>
@@ -74,8 +74,8 @@ inline std::uint32_t sequenceValue(const unsigned char* bytes, unsigned int leng
     }
 }
 
-/// Appends `value` as UTF-16 and returns the number of units. For a value above 0x10FFFF, the first unit is not a high
-/// surrogate.
+/// Appends `value` as UTF-16 and returns the number of units. For a value above 0x10FFFF, the first unit need not be a
+/// high surrogate.
 inline std::size_t appendUtf16(std::wstring& units, std::uint32_t value) {
     if (value < 0x10000) {
         units += static_cast<wchar_t>(value);
@@ -86,7 +86,7 @@ inline std::size_t appendUtf16(std::wstring& units, std::uint32_t value) {
     return 2;
 }
 
-/// Decodes `input` up to a zero byte, or at most `length` bytes if `length` is not negative.
+/// Decodes `input` up to a zero byte, a byte that is not a valid lead byte, or the bound `length`.
 inline DecodedText decodeUtf8(std::string_view input, int length) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(input.data());
     DecodedText result;

@@ -422,7 +422,7 @@ TEST_P(AbandonedAutoMutex, CanBeLockedThroughAnotherObject) {
     EXPECT_TRUE(isFreeForOthers(mutex));
 
     // The system reports the abandonment once. The object that the exited thread used still records the exited thread
-    // as the owner. So every call of `lock` of that object throws, and its destructor throws, too. Other objects are
+    // as the owner. So on this thread, `lock` of that object throws, and its destructor throws, too. Other objects are
     // not blocked.
     EXPECT_THROW(abandoned->lock(0, true), Exception);
     EXPECT_TRUE(isFreeForOthers(mutex));

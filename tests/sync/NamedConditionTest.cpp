@@ -31,7 +31,7 @@ constexpr int kGenerousMs = static_cast<int>(test::kGenerousMs);
 static_assert(!std::is_default_constructible_v<NamedCondition> && !std::is_copy_constructible_v<NamedCondition> &&
               !std::is_copy_assignable_v<NamedCondition>);
 
-TEST(NamedCondition, ConstructorOpensTheNamedEventAndDestructorClosesIt) {
+TEST(NamedCondition, ConstructorCreatesTheNamedEventAndDestructorClosesIt) {
     const std::wstring name = uniqueName(L"condition");
     {
         const NamedCondition condition(name.c_str());
@@ -59,7 +59,7 @@ TEST(NamedCondition, NarrowUtf8NameAndItsWideNameShareTheEvent) {
     EXPECT_TRUE(narrow.wait(0));
 }
 
-TEST(NamedCondition, NarrowNullNameOpensAPrivateEvent) {
+TEST(NamedCondition, NarrowNullNameCreatesAPrivateEvent) {
     const char* const none = nullptr;
     NamedCondition first(none);
     NamedCondition second(none);
@@ -85,6 +85,7 @@ TEST(NamedCondition, WaitTimesOut) {
     NamedCondition condition(uniqueName(L"condition").c_str());
     const Clock::time_point start = Clock::now();
     EXPECT_FALSE(condition.wait(60));
+    // A wait may end up to one tick of the system clock early.
     EXPECT_GE(Clock::now() - start + milliseconds(16), milliseconds(60));
 }
 

@@ -1,5 +1,6 @@
 /// \file
-/// The clocks of Time.h. Each reading must lie between two readings of the system's clock.
+/// The clocks of Time.h. A reading must lie between two readings of a reference clock: a clock of the system, or
+/// `getmicrotime`.
 
 #include <cstdint>
 

@@ -210,7 +210,7 @@ TYPED_TEST(Base64Test, DamagedTextsAgreeWithTheReference) {
 
 TYPED_TEST(Base64Test, Decode_UnitsAtEveryPositionOfAGroupAgreeWithTheReference) {
     Array<unsigned char> bytes;
-    // Every byte, and some units above 255, including units whose low byte is a Base64 character. For units
+    // Every byte except zero, and some units above 255, including units whose low byte is a Base64 character. For units
     // above 255, Decode always throws.
     const unsigned int end = 1u << 8 * sizeof(TypeParam);
     for (unsigned int unit = 1; unit < end; unit += unit < 0x200 ? 1 : 0x303) {

@@ -1,8 +1,10 @@
 /// \file
 /// Operations on a text that another thread or process changes concurrently. The result is unspecified, but no
-/// operation may write beyond its memory. The guarded heap detects such writes. Each operation runs repeatedly. In each
-/// run, the text changes once while the operation reads it, and a little later than in the previous run: in the first
-/// run at the first switch, in the second run at the second switch, and so on (ChangingText.h explains switches).
+/// operation may write beyond its memory. The guarded heap detects such writes. Each operation runs repeatedly for each
+/// pair of texts before and after the change. In each run, the text changes once while the operation reads it, and a
+/// little later than in the previous run: in the first run at the first switch, in the second run at the second switch,
+/// and so on (ChangingText.h explains switches). In the last run, the operation ends before the change, unless 100 runs
+/// are not enough.
 
 #include <algorithm>
 #include <cstring>
@@ -383,7 +385,7 @@ protected:
     static void run(const Operation<T>& operation, T* text) {
         try {
             operation.run(text, static_cast<unsigned int>(test::ChangingText<T>::kUnits));
-        } catch (const Exception&) {  // thrown if the bytes are not valid text
+        } catch (const Exception&) {  // thrown by operations that reject the text
         }
     }
 

@@ -55,7 +55,7 @@ TEST(UnicodeDecoding, ReadsSequencesOfEveryLength) {
         {"\xF4\x8F\xBF\xBF", L"\xDBFF\xDFFF", "four bytes: the last pair"},
         {"\xFD\x80\x80\x80\x80\x80", L"\xD7C0\xDC00", "six bytes: 0x40000000, whose high unit overflows"},
         {"\xFD\xBF\xBF\xBF\xBF\xBF", L"\xA7BF\xDFFF",
-         "six bytes: 0x4F3FFFFF, because only four bits of the first two trailing bytes are used"},
+         "six bytes: 0x4F3FFFFF, because only four bits of each of the first two trailing bytes are used"},
         {"\xEF\xBB\xBF"
          "A",
          L"\xFEFF"
@@ -229,7 +229,7 @@ TEST(UnicodeDecoding, FailureLeavesOnlyTheWholeBlocksBeforeItInAReservedString) 
 }
 
 TEST(UnicodeDecoding, CharactersNearBlockBoundariesAgreeWithTheReference) {
-    // A pair, a character of one unit, and another pair.
+    // A pair, a character of one unit, another pair, and letters.
     const std::string across = "\xF0\x9F\x98\x80\xE2\x82\xAC\xF0\x9F\x98\x80" + std::string(40, 'y');
     for (std::size_t count = 440; count < 460; ++count) {
         for (const std::size_t blocks : {0u, 1u, 2u, 7u}) {

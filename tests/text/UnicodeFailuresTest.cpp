@@ -27,7 +27,8 @@ const unsigned char* bytesOf(const std::string& text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-/// A narrow message in the form that an exception stores: converted by the C runtime.
+/// A narrow message in the form that an exception stores: converted by the C runtime, or a fixed text if the runtime
+/// cannot convert it.
 std::wstring widened(const std::string& message) {
     std::wstring wide(message.size() + 1, L'\0');
     const std::size_t units = std::mbstowcs(wide.data(), message.c_str(), wide.size());
@@ -119,7 +120,7 @@ TEST(UnicodeFailures, Utf8_FailureThatDoesNotThrowLogsNothing) {
     EXPECT_FALSE(log.exists());
 }
 
-TEST(UnicodeFailures, Utf8_ThrowingLeavesTheSameOutputAsReturningFalse) {
+TEST(UnicodeFailures, Utf8_ThrowingLeavesUnitsBeforeTheInvalidByteInTheOutput) {
     const std::string text = std::string(700, 'a') + "\xFF";
     BaseString<wchar_t> output;
     EXPECT_THROW(ConvertUTF8toString(output, text.c_str(), -1, true), Exception);

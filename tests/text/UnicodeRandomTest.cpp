@@ -1,6 +1,6 @@
-// Converts random texts in both directions with every overload. The texts contain many special bytes and units. The
-// results must equal the results of the reference codec. A conversion must not read input that the reference does not
-// read.
+// Converts random texts from and to UTF-8 with every overload, and to UTF-16 bytes and back. The texts contain many
+// special bytes and units. The results of the UTF-8 conversions must equal the results of the reference codec. A UTF-8
+// conversion must not read input that the reference does not read.
 
 #include <algorithm>
 #include <string>
@@ -45,8 +45,8 @@ int boundOf(RandomText& random, std::size_t size) {
     return random.oneIn(3) ? -1 : static_cast<int>(random.below(size + 10));
 }
 
-/// ASCII letters with special and random elements between them. Each text has another frequency of such elements. Most
-/// texts have fewer than 60 elements. Some have up to 1,500 elements, so they are converted in several blocks.
+/// ASCII letters with special and random elements between them. The frequency of such elements is random. Most texts
+/// have fewer than 60 elements. A few have up to 1,499 elements, so that some texts are converted in several blocks.
 template <class T>
 std::basic_string<T> mixedText(RandomText& random, std::basic_string_view<T> interesting) {
     const std::size_t rarity = random.below(40) + 1;

@@ -243,15 +243,15 @@ TEST(UrlDecode, EscapedZeroEndsOnlyWideText) {
     EXPECT_EQ(wide.view(), L"a");
 }
 
-TEST(UrlDecode, BytesFromWideTextMustBeUtf8) {
+TEST(UrlDecode, BytesFromWideTextAreConvertedFromUtf8) {
     BaseString<wchar_t> output;
     expectBuffer(urlDecode(L"%E2%82%AC%41", output, 0), output);
     EXPECT_EQ(output, L"\u20ACA");
     expectBuffer(urlDecode(L"a+%2B", output, 1), output);
     EXPECT_EQ(output, L"a +");
     EXPECT_EQ(urlDecode(L"%ED%A0%80"), L"\xD800");
-    // The conversion from UTF-8 reports invalid bytes. The last message of its exception consists of the decoded bytes,
-    // which the C runtime converts to wide text by the current locale.
+    // The conversion from UTF-8 throws if a sequence begins with a byte that is not a lead byte. The last message of
+    // its exception consists of the decoded bytes, which the C runtime converts to wide text by the current locale.
     try {
         urlDecode(L"%80%41b", output, 0);
         ADD_FAILURE() << "nothing was thrown";

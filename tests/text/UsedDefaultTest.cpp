@@ -1,7 +1,7 @@
 /// \file
 /// Tests of the output that reports whether a default character was used. For some code pages, the system does not
-/// support this output, and rejects calls that request it (Microsoft's documentation, page "WideCharToMultiByte
-/// function").
+/// support this output, and rejects calls that request it. Microsoft's documentation (page "WideCharToMultiByte
+/// function") says so for UTF-7 and UTF-8; for the other code pages, the rejection is undocumented.
 
 #include "vorel/text/CodePages.h"
 

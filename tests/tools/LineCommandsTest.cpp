@@ -1,5 +1,6 @@
 /// \file
-/// The commands that convert values line by line: integer, double, boolean, list and range.
+/// The commands that convert values line by line: integer, double, boolean, list and range. Tests of the reading of
+/// lines also use the command sort.
 
 #include <algorithm>
 

@@ -15,7 +15,8 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
-/// The files are in a folder whose name contains a space and characters that no single code page covers.
+/// The files are in a folder whose name contains a space, a Chinese character, an accented letter and a Greek letter.
+/// No single-byte code page contains all of them.
 class OutputTest : public ::testing::Test {
 protected:
     void SetUp() override { std::filesystem::create_directory(m_folder); }
@@ -73,7 +74,7 @@ TEST_F(OutputTest, ReplacesTheTargetOfALink) {
     const std::wstring link = path(L"link");
     if (!CreateSymbolicLinkW(link.c_str(), L"real", SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE) ||
         GetFileAttributesW(link.c_str()) == INVALID_FILE_ATTRIBUTES) {
-        GTEST_SKIP() << "this user cannot create links";
+        GTEST_SKIP() << "this user or this system cannot create symbolic links";
     }
     EXPECT_EQ(vorelconv({L"hex", L"-t", L"AB", L"-o", link}).exitCode, test::kDone);
     EXPECT_EQ(read(path(L"real")), "4142");

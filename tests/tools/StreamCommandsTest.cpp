@@ -325,7 +325,7 @@ TEST(StreamCommandsTest, EscapesAcrossTheEndOfABlockAreDecoded) {
 TEST(StreamCommandsTest, SequencesAcrossTheEndOfABlockAreConverted) {
     const std::string utf8 = "\xF0\x9F\x98\x80\xE2\x82\xAC\xC3\xA9";
     const std::string utf16 = "\x3D\xD8\x00\xDE\xAC\x20\xE9\x00"s;
-    // For each shift, the first block ends at a different position within a sequence.
+    // For each shift, the first block of UTF-8 text ends at a different position within a sequence.
     for (const std::size_t shift : {1U, 2U, 3U, 5U, 6U, 8U}) {
         SCOPED_TRACE(shift);
         const std::string front(kBlockBytes - shift, 'a');

@@ -42,7 +42,7 @@ TEST(TextTest, ToUtf8_DoesNotReadPastTheEnd) {
     EXPECT_EQ(tools::toUtf8(cut), "a?");
 }
 
-TEST(TextTest, FromUtf8_FailsForInvalidLeadBytesAndMalformedSequences) {
+TEST(TextTest, FromUtf8_FailsForInvalidLeadBytesAndMalformedF1AndF3Sequences) {
     EXPECT_EQ(tools::fromUtf8("abc\x80"), std::nullopt);
     EXPECT_EQ(tools::fromUtf8("a\0\xFF"s), std::nullopt);
     EXPECT_EQ(tools::fromUtf8("\xF1\x80\x80"), std::nullopt);

@@ -326,7 +326,7 @@ TEST_F(FollowerTest, OpenFailureIsReported) {
 
 /// Writers that act before each step of the reader. They write whole lines, lines in two parts, and late lines, which
 /// are written to a log file after it became the backup. They also rotate the log, but only after the backup has been
-/// read, because a rotation deletes the backup.
+/// read, because a rotation deletes the backup. Sometimes `act` throws `FileBusy`, so the step of the reader fails.
 class Writers {
 public:
     Writers(MemoryFiles& files, unsigned int seed) : m_files(files), m_random(seed) {}
@@ -339,7 +339,7 @@ public:
                 m_files.append(line());
             }
             break;
-        case 2:  // a line in two parts; until it is complete, its writer excludes all other writers
+        case 2:  // a line in two parts; until it is complete, its writer excludes all other writers of the log
             if (m_rest.empty()) {
                 m_rest = line();
                 const std::size_t half = m_random() % m_rest.size();

@@ -105,7 +105,8 @@ std::string shown(const Settings& settings, std::string_view log, std::mt19937& 
     return out;
 }
 
-/// Returns the code point at `at`, or 0 for invalid UTF-8. Moves `at` to the next code point.
+/// Returns the code point at `at`, or 0 if the byte at `at` is below 0xC2 and not ASCII, or if a trailing byte is
+/// missing. Does not detect other invalid UTF-8, such as the byte 0xF8. Moves `at` past the bytes that were read.
 unsigned int codePointAt(std::string_view text, std::size_t& at) {
     const auto lead = static_cast<unsigned char>(text[at++]);
     if (lead < 0x80) {

@@ -122,7 +122,7 @@ TEST(LogLineTest, FindNextHeader_IgnoresAHeaderAtTheStart) {
     EXPECT_EQ(findNextHeader(""), std::string_view::npos);
 }
 
-TEST(LogLineTest, LinesOfTheLibraryAreParsedAsByAnIndependentParser) {
+TEST(LogLineTest, ParseHeader_AgreesWithAnIndependentParserOnLinesOfTheLibrary) {
     const test::TemporaryLog log;
     vorel::Exception::warn("low on paper");
     vorel::Exception::log(log.path().c_str(), -1, "custom prefix", "text: %d", 7);

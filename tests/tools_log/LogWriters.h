@@ -30,10 +30,10 @@ public:
     /// Starts `count` processes; each of their threads writes `lines` lines.
     void start(unsigned int count, unsigned int lines);
 
-    /// Waits until each process has written some lines. Returns false on timeout.
+    /// Waits until each thread of each process has written ten lines. Returns false on timeout.
     [[nodiscard]] bool waitForProgress() const;
 
-    /// Waits until all processes end. Returns false if a process fails or does not end in time.
+    /// Waits until all processes end. Returns false at the first process that fails or does not end in time.
     [[nodiscard]] bool finish() const;
 
     void kill();

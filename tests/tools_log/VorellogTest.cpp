@@ -1,5 +1,6 @@
 /// \file
-/// The program vorellog: logs of several processes, damaged logs, and exit codes.
+/// The program vorellog: logs of several processes, damaged and compressed logs, filters, the report, the help and exit
+/// codes.
 
 #include <algorithm>
 #include <map>

@@ -1,5 +1,6 @@
 // Formats about a million doubles of several kinds. Each text must be equal to the text of a reference implementation,
-// which rounds the exact digits of the value. The texts of integers of every length are compared with `std::to_chars`.
+// which rounds the exact digits of the value. The texts of integers of every length are compared with `std::to_chars`,
+// and the hashes of doubles with a polynomial.
 
 #include <bit>
 #include <charconv>
@@ -53,9 +54,10 @@ double powerOfTwo(RandomText& random) {
     return neighbour(std::ldexp(1.0, static_cast<int>(random.below(2098)) - 1074), random);
 }
 
-/// A value halfway between two numbers of fifteen significant digits. The value has sixteen significant digits, and the
-/// last digit is 5, because the value is an odd number divided by a power of two. If the power is 2^17 or higher, the
-/// value is below 0.1. Returns 0 if a double cannot represent the odd number.
+/// In most cases, a value halfway between two numbers of fifteen significant digits: the value has sixteen significant
+/// digits. The last digit is 5, because the value is an odd number divided by a power of two. Some values, mostly with
+/// the highest powers, have seventeen digits, so they are not halfway. If the power is 2^17 or higher, a value of
+/// sixteen digits is below 0.1. Returns 0 if a double cannot represent the odd number.
 double tie(RandomText& random) {
     const int twos = 1 + static_cast<int>(random.below(22));
     double least = 1e15;

@@ -35,7 +35,7 @@ void expectCases(bool (*function)(const T*, Value&) noexcept, const std::vector<
     }
 }
 
-TYPED_TEST(NumberParsingCheck, TryStringToInteger_RequiresTheWholeText) {
+TYPED_TEST(NumberParsingCheck, TryStringToInteger_AcceptsIntegers) {
     constexpr int kSmallest = std::numeric_limits<int>::min();
     expectCases<TypeParam, int>(util::tryStringToInteger,
                                 {{"0", true, 0},
@@ -89,7 +89,7 @@ TYPED_TEST(NumberParsingCheck, TryStringToInteger_StoresTheNumberEvenOnFailure) 
                                                            {"0x10", false, 0}});
 }
 
-TYPED_TEST(NumberParsingCheck, TryStringToDouble_RequiresTheWholeText) {
+TYPED_TEST(NumberParsingCheck, TryStringToDouble_AcceptsNumbers) {
     constexpr double kInfinite = std::numeric_limits<double>::infinity();
     expectCases<TypeParam, double>(util::tryStringToDouble, {{" 3.25 ", true, 3.25},
                                                              {" \t\r\n-.5 \t\r\n", true, -0.5},

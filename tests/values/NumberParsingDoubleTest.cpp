@@ -134,8 +134,8 @@ TYPED_TEST(NumberParsingDouble, MultipliesPowersOfTenInTheOrderOfTheExponentBits
     });
 }
 
-/// If an exponent is above 308, its power of ten is infinite. So a division by this power gives 0, even if the number
-/// is in the range of a double.
+/// If the absolute value of the exponent used for the scaling is above 308, the power of ten is infinite. So a division
+/// by this power gives 0, even if the number is in the range of a double.
 TYPED_TEST(NumberParsingDouble, ExponentsOutOfRangeGiveInfinityOrZero) {
     expectRows<TypeParam>({
         {"1e309", kInfinite, 5},

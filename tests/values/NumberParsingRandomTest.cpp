@@ -23,8 +23,8 @@ namespace util = vorel::util;
 
 constexpr int kTexts = 100000;
 
-/// Numbers of all lengths, with and without a fraction and an exponent. Some texts have other characters around or
-/// within the number.
+/// Numbers of different lengths, with and without a fraction and an exponent. Some texts have other characters around
+/// or within the number.
 class NumberTexts {
 public:
     explicit NumberTexts(test::RandomText& random) : m_random(random) {}
@@ -55,8 +55,8 @@ private:
     std::string blanks() { return m_random.from(" \t\n\r\xA0", m_random.oneIn(4) ? m_random.below(3) : 0); }
     std::string digits() { return m_random.digits(m_random.oneIn(4) ? m_random.below(41) : m_random.below(9)); }
 
-    /// Usually a number up to 600, which is often beyond the range of doubles. Sometimes random digits, zeros, or a
-    /// number near the wrap-around at 32 bits.
+    /// Usually a number up to 600, which is often beyond the range of doubles. Sometimes such a number after zeros,
+    /// only zeros, random digits, no digits, or a number near a multiple of 2 to the power of 31.
     std::string exponent() {
         switch (m_random.below(12)) {
         case 0: return digits();

@@ -40,7 +40,8 @@ std::string tableOfSuites(const std::vector<TestResult>& results) {
     return text + "</table>\n";
 }
 
-/// A section with the cases of one outcome, or an empty text if no case has this outcome.
+/// A section with the cases of one outcome, or an empty text if no case has this outcome. The section of failed cases
+/// also contains the end of the output of each program with a failed case.
 std::string section(const char* title, Outcome outcome, const std::vector<TestResult>& results) {
     std::string text;
     for (const TestResult& result : results) {
@@ -56,7 +57,7 @@ std::string section(const char* title, Outcome outcome, const std::vector<TestRe
     return text.empty() ? text : std::string("<h2>") + title + "</h2>\n" + text;
 }
 
-/// The output of successful programs that are not GoogleTest programs.
+/// The end of the output of each successful program that is not a GoogleTest program.
 std::string reports(const std::vector<TestResult>& results) {
     std::string text;
     for (const TestResult& result : results) {

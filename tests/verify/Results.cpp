@@ -8,7 +8,8 @@ namespace verify {
 
 namespace {
 
-/// The value of an attribute of the tag that begins at the start of `tag`. GoogleTest has escaped the value.
+/// The value of an attribute of the tag that begins at the start of `tag`; empty if the tag lacks the attribute.
+/// GoogleTest has escaped the value.
 std::string_view attribute(std::string_view tag, std::string_view name) {
     const std::string key = " " + std::string(name) + "=\"";
     const std::size_t at = tag.find(key);

@@ -41,8 +41,8 @@ struct Totals {
 std::vector<CaseResult> readCases(std::string_view xml);
 
 /// `bytes` as UTF-8 text for an XML or HTML file. Special characters are escaped, invalid sequences are replaced, and
-/// carriage returns are removed. Other characters that XML does not allow become question marks: control characters
-/// except tabs and line feeds, U+FFFE and U+FFFF.
+/// carriage returns are removed. Other characters that XML does not allow become question marks: characters below
+/// U+0020 except tabs and line feeds, U+FFFE and U+FFFF.
 std::string escaped(std::string_view bytes);
 
 }  // namespace verify

@@ -64,7 +64,7 @@ std::wstring variable(const wchar_t* name) {
 
 /// Returns the path of the folder of the test programs. Some of these programs start themselves again by their narrow
 /// path. So if the path has no narrow form, the function returns the short form of the path, which often has a narrow
-/// form.
+/// form. If the short form has no narrow form either, the function throws.
 fs::path programFolder() {
     std::wstring folder = test::programFolder();
     if (!isNarrow(folder)) {
@@ -79,8 +79,9 @@ fs::path programFolder() {
     return folder;
 }
 
-/// A new folder for the programs' temporary files. The destructor removes the folder. The path of the folder is ASCII,
-/// even if the name of the user is not, because the tests pass the path to functions for narrow text.
+/// A new folder for the programs' temporary files. The constructor sets the variables TEMP and TMP to this folder. The
+/// destructor removes the folder. The path of the folder is ASCII, even if the name of the user is not, because the
+/// tests pass the path to functions for narrow text.
 class WorkFolder {
 public:
     WorkFolder() {

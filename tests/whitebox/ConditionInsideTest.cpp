@@ -1,6 +1,6 @@
 /// \file
-/// The behaviour of the conditions if system calls fail, how a broadcast excludes new waiters, and the offsets of the
-/// fields.
+/// The behaviour of the conditions if system calls fail, how a broadcast excludes new waiters, the offsets of the
+/// fields, and the private members that only throw.
 
 #include <chrono>
 #include <cstring>

@@ -61,8 +61,8 @@ TEST(DoubleFormat, AddsOnlyCharactersThatFitTheCapacity) {
         const char* json;
     };
     // A zero after the point and a third digit of the exponent each require a capacity of at least the length of the
-    // text plus 2. ".0" requires at least the length plus 3. The length does not include the terminator. The digit of
-    // the exponent is added last, so the length then includes the other additions.
+    // text plus 2. ".0" requires at least the length plus 3. The length does not include the terminator and the removed
+    // zeros. The digit of the exponent is added last, so the length then includes the other additions.
     for (const Case& row : {Case{"1e+20", 6, "1e+20", "1e+20"}, Case{"1e+20", 7, "1e+020", "1e+020"},
                             Case{"1e+20", 8, "1e+020", "1.0e+20"}, Case{"1e+20", 9, "1e+020", "1.0e+020"},
                             Case{"1.e-05", 7, "1.e-05", "1.e-05"}, Case{"1.e-05", 8, "1.e-005", "1.0e-05"},

@@ -25,8 +25,8 @@ using test::TemporaryLog;
 using Texts = std::vector<std::string>;
 using vorel::Exception;
 
-/// The system calls of the log since the test started, the number of lock calls that must fail, and an action that runs
-/// during each sleep.
+/// The system calls of the log since the record was last replaced, the number of lock calls that must fail, and an
+/// action that runs during each sleep.
 struct Record {
     std::vector<DWORD> sleepsMs;
     std::function<void()> duringSleep = [] {};

@@ -1,5 +1,6 @@
 /// \file
 /// Tests the flat interface with simulated system failures, and with UTF-8 as the simulated code page of the process.
+/// Also tests exceptions of unknown types, and the truncation of messages.
 
 #include <cerrno>
 #include <string>

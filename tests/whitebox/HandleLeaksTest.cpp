@@ -1,6 +1,6 @@
 /// \file
 /// Creates and closes each kind of object many times, and repeats calls that fail. The library must close every system
-/// handle or return it to the caller.
+/// handle or return it to the caller, and must free every security identifier and every block of `LocalAlloc`.
 
 #include <ostream>
 #include <string>
@@ -163,7 +163,7 @@ protected:
     const Resources resources;
 };
 
-/// Whether no mutex and no mapping has the name.
+/// Whether no object has the name. If an object of any other kind has the name, both calls fail with another error.
 bool isNameFree(const std::wstring& name) {
     const Handle mutex(OpenMutexW(SYNCHRONIZE, FALSE, name.c_str()));
     const DWORD mutexError = GetLastError();

@@ -1,5 +1,6 @@
 /// \file
-/// Tracks the security identifiers and the blocks of `LocalAlloc` that the library allocates to create secured objects.
+/// Tracks the security identifiers and the blocks of `LocalAlloc` that the library allocates, for example to create
+/// secured objects.
 #pragma once
 
 #include <set>

@@ -1,6 +1,7 @@
 /// \file
-/// Counts the open handles of the library. The library must be linked statically, because the calls of a DLL cannot be
-/// hooked.
+/// Counts the open handles of mutexes, events, files, file mappings and thread tokens that the library has opened, and
+/// of those that the test program has opened. The library must be linked statically, because the calls of a DLL cannot
+/// be hooked.
 #pragma once
 
 #include <cstddef>

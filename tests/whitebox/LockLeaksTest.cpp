@@ -34,7 +34,7 @@ constexpr int kRounds = 10000;
 
 struct Cycle {
     const char* name;
-    HANDLE (*prepare)(Name name);  // creates the object that exists before the first round
+    HANDLE (*prepare)(Name name);  // creates the object that exists before the first round, or returns null
     bool (*run)(Name name);        // runs a round, and returns whether it succeeded
 
     bool succeedsEachTime;

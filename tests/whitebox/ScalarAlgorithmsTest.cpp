@@ -1,5 +1,6 @@
-// Operations that have AVX2 algorithms must give the same results with the scalar algorithms. The random inputs are
-// valid or damaged, and are at the edge of a page or inside a page.
+// Operations that have AVX2 algorithms must give the same results with the scalar algorithms. The inputs are random.
+// Texts to decode are valid or damaged. The inputs of the UTF-8 conversions and of the Base64 decoder end at an
+// inaccessible page or inside accessible memory.
 
 #include <functional>
 #include <string>
@@ -72,8 +73,8 @@ std::basic_string<T> resultOf(Convert&& convert) {
     return std::basic_string<T>(output.view());
 }
 
-/// The result as `resultOf` returns it, and the capacity of the output. The capacity must not depend on which algorithm
-/// counted the characters of the text.
+/// The result as `resultOf` returns it, and the capacity of the output (0 after an exception). The capacity must not
+/// depend on which algorithm counted the characters of the text.
 template <class T, class Convert>
 std::pair<std::basic_string<T>, unsigned int> resultAndCapacityOf(Convert&& convert) {
     unsigned int capacity = 0;

@@ -59,7 +59,8 @@ TEST(SystemMessage, IsTrimmedAtBothEndsAndFreed) {
     for (const Case& c :
          {Case{L"\r\n \ttwo words \r\n", L"two words"}, Case{L"text", L"text"}, Case{L" \r\n\t", L""}, Case{L"", L""},
           Case{L"\x20\x09\x0A\x0B\x0C\x0D.\x0D\x0C\x0B\x0A\x09\x20", L"."},
-          // Code points next to the trimmed code points are not trimmed, and neither is Unicode white space.
+          // Code points next to the trimmed code points are not trimmed, and neither are white space outside ASCII and
+          // the byte order mark.
           Case{L"\x08.\x08", L"\x08.\x08"}, Case{L"\x0E.\x0E", L"\x0E.\x0E"}, Case{L"\x1F.\x1F", L"\x1F.\x1F"},
           Case{L"\x85.\x85", L"\x85.\x85"}, Case{L"\xA0.\xA0", L"\xA0.\xA0"}, Case{L"\x2003.\x2003", L"\x2003.\x2003"},
           Case{L"\x3000.\x3000", L"\x3000.\x3000"}, Case{L"\xFEFF.\xFEFF", L"\xFEFF.\xFEFF"}}) {

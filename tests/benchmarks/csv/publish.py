@@ -3,7 +3,7 @@
 
     publish.py <performance.py> <folder>
 
-Exits with code 77 if Matplotlib is missing.
+The script deletes the folder and creates it again. It exits with code 77 if Matplotlib is missing.
 """
 
 import importlib.util
