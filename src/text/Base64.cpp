@@ -55,6 +55,7 @@ std::size_t capacityFor(const T* text) noexcept {
 }
 
 /// The result of `Decode` for a text whose decoding stopped at `end`.
+/// \throws Exception if the text contains a unit above 255.
 int statusOf(Base64End end) {
     if (end == Base64End::NonByteUnit) {
         throw Exception(L"Unicode character found in Base64 text");

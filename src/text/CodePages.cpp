@@ -59,8 +59,8 @@ void fillCodeMap(CodePageState& state) {
     });
 }
 
-/// The code page of a name; 0 if the name is unknown. While the library state does not exist (during load and unload),
-/// searches the table instead of the map.
+/// The code page of a name; 0 if the name is unknown or null. While the library state does not exist (during load and
+/// unload), searches the table instead of the map.
 unsigned int codePageOf(const char* name) {
     CodePageState* const state = detail::codePageState.get();
     if (!state) {

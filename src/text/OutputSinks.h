@@ -3,7 +3,7 @@
 /// whole text, and `setEnd` sets the length afterwards. Otherwise `fill` writes the output to a sink. `fill` writes
 /// directly into the sink's unused capacity, so nothing is copied if the capacity is large enough. If the capacity is
 /// too small, `fill` writes the next part of the output into a local block, and counts the units of the output after
-/// this part. The sink then grows once, only as far as the block and these units require, and the block is appended.
+/// this part. The sink then grows once, so that the block and these units fit, and the block is appended.
 #pragma once
 
 #include <cstddef>
@@ -28,7 +28,8 @@ unsigned int checkedUnits(std::uint64_t units) {
     return static_cast<unsigned int>(units);
 }
 
-/// Reserves `units` in a string, discards its text, and returns its buffer. `setEnd` must follow.
+/// Reserves `units` in a string, discards its text, and returns its buffer. `setEnd` must follow. If `units` is 0, and
+/// the string has no buffer, the result is null, and `setEnd` must not be called.
 template <class T>
 T* reserveUnits(std::uint64_t units, BaseString<T>& string) {
     const unsigned int count = checkedUnits<T>(units);
@@ -156,9 +157,10 @@ private:
 };
 
 /// Writes the output piece by piece until `atEnd()` returns true. `produce(out, capacity)` writes at most `capacity`
-/// units to the sink and returns their number. The number is 0 if the next character does not fit. In that case
-/// `produceBlock(out)` writes the next units to a local block, and the block is appended to the sink. `produceBlock`
-/// writes at least `Block` units unless the text ends, and at most `Overhang` units more. `unitsLeft()` counts the
+/// units to the sink and returns their number. The number is 0 if the next character does not fit or is invalid. In
+/// that case, and if the sink has no unused capacity, `produceBlock(out)` writes the next units to a local block, and
+/// the block is appended to the sink. `produceBlock` writes at least `Block` units unless the text ends or an invalid
+/// character follows, and at most `Overhang` units more. `unitsLeft()` counts the
 /// units that follow, or returns nullopt if the text is invalid. If the text is invalid, `fill` returns false before
 /// the sink grows. If another thread changes the text meanwhile, the sink grows again.
 template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class UnitsLeft,

@@ -371,8 +371,8 @@ void EncodeAndAppendToBuffer(const wchar_t* input, Array<unsigned char>& output)
         }
         BaseString<wchar_t> copy;
         if (detail::holds(output, input)) {
-            // Appending keeps the array's elements, but overwrites the slot after the last element. If the text lies in
-            // the array, its terminator may be in this slot.
+            // The text lies in the array. Appending may move the array's elements to other memory. Appending also
+            // overwrites the slot after the last element, and the terminator of the text may be in this slot.
             copy = input;
             input = copy.view().data();
         }

@@ -30,8 +30,8 @@ public:
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<char>& text);
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 
-    /// The same for `count` bytes of `data`, starting at index `start`. `data` may point into `text`. If `data` is
-    /// null, no bytes are encoded.
+    /// The same for `count` bytes of `data`, starting at index `start`. If `data` is null, no bytes are encoded. `data`
+    /// may point into `text`; in this case, `text` is empty after a MemoryException.
     VOREL_API static void EncodeRange(const unsigned char* data, unsigned int start, unsigned int count,
                                       BaseString<char>& text);
     VOREL_API static void EncodeRange(const unsigned char* data, unsigned int start, unsigned int count,
@@ -46,7 +46,8 @@ public:
     ///     QQ==  ->  41, 0        QQ  ->  nothing, 1        QQ=A  ->  41, 0
     ///
     /// \throws Exception "Unicode character found in Base64 text" for a unit above 255; `bytes` then holds the bytes of
-    ///         the groups before the unit. MemoryException if `bytes` cannot grow.
+    ///         the groups before the unit. MemoryException if `bytes` cannot grow; `bytes` then holds the bytes that
+    ///         were decoded before.
     VOREL_API static int Decode(const char* text, Array<unsigned char>& bytes);
     VOREL_API static int Decode(const wchar_t* text, Array<unsigned char>& bytes);
 

@@ -3,8 +3,9 @@
 /// number that contains two code pages: the target in its lower sixteen bits, the source in its upper sixteen. It owns
 /// no resources, so it need not be closed. Any number of threads may use it at the same time.
 ///
-/// Failures are reported by -1 and `errno`. Exceptions come only from failed allocations, from locks, and from `iconv`.
-/// An exception gets a record of the operation ("iconv::iconv_open: Vorel exception rethrown").
+/// Failures are reported by -1 and `errno`; `iconv_getCodePage` does not set `errno`. Exceptions come only from failed
+/// allocations, from locks, and from `iconv`. An exception gets a record of the operation ("iconv::iconv_open: Vorel
+/// exception rethrown"), unless `iconv` throws it.
 #pragma once
 
 #include <cstddef>
@@ -23,9 +24,10 @@ namespace vorel::util {
 /// Returns -1 with `errno` EINVAL for an unknown name, or if both are null.
 VOREL_API int iconv_open(const char* to, const char* from);
 
-/// Returns a converter for two code pages. They are given by their numbers; 0 means no code page. If both are given,
-/// the converter works in both directions: `iconv_to_wc` converts from `from`, and `iconv_from_wc` converts to `to`. If
-/// the system does not have a code page, conversions with it fail. Returns -1 with `errno` EINVAL if both are 0.
+/// Returns a converter for two code pages. They are given by their numbers; 0 means no code page. Only the lower
+/// sixteen bits of each number count. If both are given, the converter works in both directions: `iconv_to_wc` converts
+/// from `from`, and `iconv_from_wc` converts to `to`. If the system does not have a code page, conversions with it
+/// fail. Returns -1 with `errno` EINVAL if the lower sixteen bits of both numbers are 0.
 VOREL_API int iconv_open_codepage(int to, int from);
 
 /// Not available by design; always throws.
@@ -34,7 +36,8 @@ VOREL_API int iconv_open_codepage(int to, int from);
 ///         problem."
 VOREL_API std::size_t iconv(int converter, char** in, std::size_t* inLeft, char** out, std::size_t* outLeft);
 
-/// Returns 0, or -1 with `errno` EBADF for an invalid converter. There is nothing to free.
+/// Returns 0, or -1 with `errno` EBADF if one half of `converter` is 0xFFFF, as both halves of -1 are. There is nothing
+/// to free.
 VOREL_API int iconv_close(int converter) noexcept;
 
 /// Does nothing: a converter has no state.
@@ -59,8 +62,8 @@ VOREL_API std::size_t iconv_to_wc(int converter, const char* text, std::size_t b
 
 /// Converts `units` units of `text` (SIZE_MAX: as above) to bytes in `out`, a buffer of `capacity` bytes, and returns
 /// the number of bytes written. `defaultUsed`, if not null, receives whether a unit was replaced by the default
-/// character; some code pages cannot report this (`iconv_isCheckDefaultValid`). Fails like `iconv_to_wc`, but never
-/// with EILSEQ. After a failure `defaultUsed` is unchanged.
+/// character; some code pages cannot report this (`iconv_isCheckDefaultValid`). Fails like `iconv_to_wc`, but with
+/// EBADF for a converter without a target, and never with EILSEQ. After a failure `defaultUsed` is unchanged.
 ///
 /// Counts and capacities above INT_MAX are rejected as above. Windows rejects a pointer for `defaultUsed` (EINVAL) for
 /// the code pages 65000 (UTF-7) and 65001 (UTF-8); it also does so, undocumented, for 50220 to 50229, 52936 (HZ), 54936
@@ -71,11 +74,11 @@ VOREL_API std::size_t iconv_from_wc(int converter, const wchar_t* text, std::siz
                                     std::size_t capacity, bool* defaultUsed);
 
 /// Whether `iconv_from_wc` can report the use of the default character for this code page. The result comes from the
-/// system: false for UTF-7, UTF-8 and a few others.
+/// system: false for UTF-7, UTF-8 and a few others, and for a code page that the system does not have.
 VOREL_API bool iconv_isCheckDefaultValid(int codePage);
 
-/// Returns the code page of a name. Names are not case-sensitive. Returns -1 for an unknown name, for null, or if the
-/// system does not have the code page.
+/// Returns the code page of a name. Names are not case-sensitive. Returns -1, without setting `errno`, for an unknown
+/// name, for null, or if the system does not have the code page.
 ///
 ///     "utf-8"  ->  65001
 VOREL_API int iconv_getCodePage(const char* name);

@@ -25,14 +25,15 @@ public:
     VOREL_API static void Encode(const Array<unsigned char>& bytes, BaseString<wchar_t>& text);
 
     /// Sets the size of `bytes` to half the number of units in `text`, writes the byte of each pair of digits, and
-    /// returns 0. Stops at the first invalid pair, or at the last digit if the number of digits is odd, and then
-    /// returns 1. By design, a prefix "0x" or "0X" is skipped but counts in the size, so the last byte of `bytes` is
-    /// not written. Also by design, the characters ':' to '@' count as 3 to 9, and only the lower eight bits of each
-    /// unit are used (but a unit above 0xFF is not a lower-case letter).
+    /// returns 0. Stops at the first invalid pair, or at the last digit if the number of digits is odd. The result is
+    /// then 1, and the remaining bytes of `bytes` are not written. By design, a prefix "0x" or "0X" is skipped but
+    /// counts in the size, so the last byte of `bytes` is not written. Also by design, the characters ':' to '@' count
+    /// as 3 to 9, and only the lower eight bits of each unit are used (but a unit above 0xFF is not a lower-case
+    /// letter).
     ///
     ///     0x4142  ->  41 42 and a byte that is not written, 0        4G  ->  1        abc  ->  AB, 1
     ///
-    /// \throws MemoryException if `bytes` cannot grow.
+    /// \throws MemoryException if `bytes` cannot grow; `bytes` is unchanged.
     VOREL_API static int Decode(const BaseString<wchar_t>& text, Array<unsigned char>& bytes);
 };
 
@@ -51,7 +52,7 @@ VOREL_API void byteArrayToHexString(const Array<unsigned char>& bytes, BaseStrin
 ///
 ///     4g  ->  40        123  ->  unchanged
 ///
-/// \throws MemoryException if `bytes` cannot grow.
+/// \throws MemoryException if `bytes` cannot grow. `bytes` is then unchanged, or empty if `text` points into it.
 VOREL_API void hexStringToByteArray(const char* text, Array<unsigned char>& bytes);
 VOREL_API void hexStringToByteArray(const char* text, unsigned int length, Array<unsigned char>& bytes);
 VOREL_API void hexStringToByteArray(const wchar_t* text, Array<unsigned char>& bytes);

@@ -34,15 +34,18 @@ VOREL_API int ConvertUCStoUTF8(unsigned int codePoint, char* output, int size) n
 /// error, `output` holds the text before the error, truncated to a multiple of 450 units.
 /// \throws Exception "Error converting UTF-8 character (%ls)" after an error if `throwOnError` is true. `%ls` shows the
 ///         bytes after the invalid byte, up to the next zero: "Hex string: 28-41". Without such bytes, `%ls` is empty.
-///         The overload for `const char*` adds the message "Failed to convert utf8 text to String: %s" with the input.
 ///         MemoryException if the output cannot grow; its length is then a multiple of 450 units.
+///         To either exception, the overload for `const char*` adds the message
+///         "Failed to convert utf8 text to String: %s" with the input.
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const unsigned char* input, int length,
                                    bool throwOnError);
 VOREL_API bool ConvertUTF8toString(BaseString<wchar_t>& output, const char* input, int length, bool throwOnError);
 
 /// The same into a buffer of `size` units; `size` must be at least 1. A longer text is truncated silently; a surrogate
-/// pair is never split. After an error, the buffer holds the units before the error without a terminator. A null input
-/// gives the empty text.
+/// pair is never split. Of the text that does not fit, only the first byte is checked. After an error, the buffer holds
+/// the units before the error without a terminator. A null input gives the empty text.
+/// \throws Exception as above after an error if `throwOnError` is true. MemoryException if `input` lies in the buffer,
+///         and a separate buffer cannot be allocated.
 VOREL_API bool ConvertUTF8toString(wchar_t* output, unsigned int size, const unsigned char* input, int length,
                                    bool throwOnError);
 
@@ -62,9 +65,9 @@ VOREL_API void ConvertStringtoUTF8(const wchar_t* input, BaseString<char>& outpu
 ///
 ///     41 00 E9 00  ->  0041 00E9
 ///
-/// \throws Exception "A string length needs to be specified for UTF-16 to UCS conversion" for a length below 0. The
-///         overload for `const char*` adds the message "Failed to convert UTF-16 text to String: %s" with the input.
-///         MemoryException.
+/// \throws Exception "A string length needs to be specified for UTF-16 to UCS conversion" for a length below 0, unless
+///         `input` is null. MemoryException if the output cannot grow. To either exception, the overload for
+///         `const char*` adds the message "Failed to convert UTF-16 text to String: %s" with the input.
 VOREL_API void ConvertUTF16toString(BaseString<wchar_t>& output, const unsigned char* input, int length);
 VOREL_API void ConvertUTF16toString(BaseString<wchar_t>& output, const char* input, int length);
 

@@ -1,12 +1,14 @@
 /// \file
 /// Percent-encoding and decoding of text for URLs. Narrow text is treated as UTF-8 bytes. Wide text is converted to
-/// UTF-8 first, so a non-ASCII character becomes the escapes of its bytes. Every function may be called from any
-/// thread.
+/// UTF-8 first, so a non-ASCII character becomes the escapes of its bytes. In this conversion, a surrogate that is not
+/// part of a pair becomes '?'. Every function may be called from any thread.
 ///
 /// A text may point into the string that receives the result. The encoders write escapes with upper-case digits. By
 /// design, they never escape the control characters 1 to 31 and 127. If the escapes of a wide text end within a UTF-8
 /// sequence, the decoder treats the missing bytes as zeros: "%C3" becomes U+00C0. If the escaped bytes are not valid
-/// UTF-8, the wide output holds the text before the invalid byte, truncated to a multiple of 450 units.
+/// UTF-8, the wide output holds the text before the invalid byte, truncated to a multiple of 450 units. The escape
+/// "%00" becomes a zero character in narrow text. In wide text, "%00" ends the decoded text, unless the zero is a
+/// trailing byte of a UTF-8 sequence.
 #pragma once
 
 #include "vorel/Export.h"
@@ -42,8 +44,8 @@ VOREL_API BaseString<char> urlEncode(const char* text, bool escapeReserved, bool
 VOREL_API BaseString<wchar_t> urlEncode(const wchar_t* text, bool escapeReserved, bool spaceAsPlus);
 
 /// Replaces `output` by `text`, with escapes for the characters that are not allowed in the part `component` of a URL.
-/// Unlike `urlEncode`, it keeps '~' by design. For an unknown component it escapes the characters that are escaped in
-/// all components. Null texts and the returned pointer are treated as in `urlEncode`.
+/// Unlike `urlEncode`, it keeps '~' by design. For an unknown component it escapes the space (as "%20") and the
+/// characters that are escaped in all components. Null texts and the returned pointer are treated as in `urlEncode`.
 ///
 ///     "a/b?c=d&e f~"  ->  UrlPath a/b%3Fc=d&e%20f~        UrlQueryParameter a/b?c%3Dd%26e+f~
 ///
