@@ -17,7 +17,8 @@ namespace {
 
 constexpr std::uint64_t kReservedPerItem = 32;
 
-/// Writes to a string through a raw cursor. The string's length is updated by `finish`, and before the string grows.
+/// Writes to a string through a raw cursor. `reserve` must come before each write, because writing does not check the
+/// capacity. The string's length is updated by `finish`, and before the string grows.
 class Writer {
 public:
     /// The string must be empty.
@@ -25,6 +26,7 @@ public:
         : m_text(text), m_cursor(text.data()), m_end(m_cursor + text.capacity()) {}
 
     /// Reserves capacity for `units` more units and a terminator.
+    /// \throws MemoryException if the capacity cannot be allocated.
     void reserve(std::uint64_t units) {
         if (units < static_cast<std::uint64_t>(m_end - m_cursor)) {
             return;

@@ -9,7 +9,7 @@ namespace vorel::util {
 
 /// Flags of `strcmpAdvanced`; they may be combined.
 enum strcmpAdvFlag : int {
-    SCMP_IgnoreCase = 0x001,    ///< A to Z equal a to z; other letters differ
+    SCMP_IgnoreCase = 0x001,    ///< A to Z equal a to z; the case of other letters matters
     SCMP_Numeric = 0x002,       ///< runs of digits are compared as numbers
     SCMP_SlashesEqual = 0x004,  ///< '/' and '\' are equal
     SCMP_Reverse = 0x100,       ///< the texts are swapped, which reverses the sign of the result
@@ -29,9 +29,11 @@ VOREL_API int strcmpAdvanced(const wchar_t* a, const wchar_t* b, strcmpAdvFlag f
 
 /// Whether `version` is at least `required`, compared number by number; any single character separates two numbers.
 /// False if either text is null or empty. By design, if all numbers of `version` are equal to the first numbers of
-/// `required`, and `required` has more numbers, the result is false, even if these numbers are zero.
+/// `required`, and `required` has more numbers, the result is false, even if these numbers are zero. Also by design, if
+/// no two numbers at the same position differ, and `required` ends with a separator, the result is false.
 ///
 ///     "10.2", "9.9"  ->  true        "1.2.3", "1.2"  ->  true        "1.2", "1.2.0"  ->  false
+///     "1.2.3", "1.2."  ->  false
 VOREL_API bool stringVersionAtLeast(const wchar_t* version, const wchar_t* required) noexcept;
 
 }  // namespace vorel::util

@@ -1,5 +1,7 @@
 /// \file
-/// Joins strings into one text that `singleStringToMultipleStrings` can split again.
+/// Joins strings into one text. If the delimiter is one character, `singleStringToMultipleStrings` can split this text
+/// again. But it does not restore an empty last item, and it removes the quotes of a single item that was already
+/// quoted.
 #pragma once
 
 #include "vorel/Export.h"
@@ -9,9 +11,9 @@
 namespace vorel::util {
 
 /// Sets `result` to the items, separated by `delimiter`. An item that contains the delimiter or a double quote is put
-/// in double quotes, and the double quotes in it are doubled. If there is only one item and it already begins and ends
-/// with a double quote, it is not changed. A null delimiter is empty. The delimiter may point into `result`, and
-/// `result` may be one of the items.
+/// in double quotes, and the double quotes in it are doubled. If there is only one item, and it already begins with a
+/// double quote and ends with another, it is not changed. A null delimiter is empty, and no item contains an empty
+/// delimiter. The delimiter may point into `result`, and `result` may be one of the items.
 ///
 /// By design, the search for the delimiter in an item is one pass that never goes back: it does not find "ab" in "aab",
 /// so that item is not quoted.

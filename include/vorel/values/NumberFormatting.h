@@ -37,7 +37,9 @@ enum FormattingOptions : int {
 ///
 /// A narrow buffer must not be null and must have space for 64 characters, whatever `size` is. The words in the table
 /// and the texts for magnitudes of 0.1 or more are truncated to `size - 1` characters, and the unit at `size - 1`
-/// always becomes a terminator. For magnitudes below 0.1, `size` only decides whether the exponent gets a third digit.
+/// becomes a terminator. If `size` is 0, these texts are not written. For magnitudes of 0.1 or more, the third digit of
+/// the exponent and the ".0" of `FO_JSON` are added only if they fit. For 0.0 and -0.0, `size` has no effect. For other
+/// magnitudes below 0.1, `size` only decides whether the exponent gets a third digit.
 ///
 /// For a wide buffer, at most `size` units are written, including the terminator. By design, a text that does not fit
 /// has no terminator. If the wide buffer is null, the result is null. In both forms, the rest of the buffer is

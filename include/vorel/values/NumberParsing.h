@@ -54,14 +54,15 @@ VOREL_API int hexToInteger(const wchar_t* text, wchar_t** end) noexcept;
 VOREL_API int hexToInt(const char* text, char** end) noexcept;
 VOREL_API int hexToInt(const wchar_t* text, wchar_t** end) noexcept;
 
-/// Parses a decimal number with fraction and exponent. Only the first 18 digits count, including leading zeros. The
-/// result may differ in its last bit from the nearest double; the bits are the same in every program that uses the
-/// library. A value out of range becomes infinity or 0. The digits that count are read as an integer, which is
-/// multiplied by a power of ten. If the power is below 10^-308, the result is 0 even if the value is in range (1.5e-308
-/// is 15 * 10^-309). If the power is above 10^308, the result is infinity, or NaN if all digits that count are zeros
-/// ("0e309"). By design, the exponent wraps around at 32 bits ("1e4294967296" is 1). An exponent marker without digits
-/// is accepted ("1e" is 1). The white space after the number is not skipped. Without any digit the result is 0.0 (-0.0
-/// after a '-') and `end` is `text`. Null gives 0.0 and a null end.
+/// Parses a decimal number with fraction and exponent. Only the first 18 digits count, including leading zeros; each
+/// further digit counts as 0. The result may differ by a few units in the last place from the double that is nearest to
+/// this number; the bits are the same in every program that uses the library. A value out of range becomes infinity or
+/// 0. The digits that count are read as an integer, which is multiplied by a power of ten. If the power is below
+/// 10^-308, the result is 0 even if the value is in range (1.5e-308 is 15 * 10^-309). If the power is above 10^308, the
+/// result is infinity, or NaN if all digits that count are zeros ("0e309"). By design, the exponent wraps around at 32
+/// bits ("1e4294967296" is 1). An exponent marker without digits is accepted ("1e" is 1). The white space after the
+/// number is not skipped. Without any digit the result is 0.0 (-0.0 after a '-') and `end` is `text`. Null gives 0.0
+/// and a null end.
 ///
 ///     "1.5e3x"  ->  1500.0, at the 'x'
 VOREL_API double stringToDouble(const char* text, char** end) noexcept;
@@ -79,13 +80,14 @@ VOREL_API bool tryStringToInteger(const wchar_t* text, int& value) noexcept;
 VOREL_API bool tryStringToDouble(const char* text, double& value) noexcept;
 VOREL_API bool tryStringToDouble(const wchar_t* text, double& value) noexcept;
 
-/// Whether the whole text has the form of an integer as `tryStringToInteger` accepts it. Without `allowLeadingZeros`,
-/// "0123" is rejected, but "00" and "0123.0" are accepted.
+/// Whether the whole text has the form of an integer as `tryStringToInteger` accepts it; false for null. Without
+/// `allowLeadingZeros`, "0123" is rejected, but "00" and "0123.0" are accepted.
 VOREL_API bool canCoerceToInteger(const char* text, bool allowLeadingZeros) noexcept;
 VOREL_API bool canCoerceToInteger(const wchar_t* text, bool allowLeadingZeros) noexcept;
 
-/// Whether the whole text has the form of a number. An exponent must have a digit. It may be 0, unlike an exponent in
-/// `tryStringToDouble`. Without `allowLeadingZeros`, "007" is rejected, but "007.5" and "007e1" are accepted.
+/// Whether the whole text, except white space at both ends, has the form of a number; false for null. An exponent must
+/// have a digit. It may be 0, unlike an exponent in `tryStringToDouble`. Without `allowLeadingZeros`, "007" is
+/// rejected, but "007.5" and "007e1" are accepted.
 VOREL_API bool canCoerceToDouble(const char* text, bool allowLeadingZeros) noexcept;
 VOREL_API bool canCoerceToDouble(const wchar_t* text, bool allowLeadingZeros) noexcept;
 
