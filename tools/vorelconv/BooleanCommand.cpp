@@ -45,7 +45,7 @@ constexpr Command kCommand = {
                .operands = kInputOperand,
                .maxOperands = 1,
                .details = L"Accepts true, yes, on, t, y, false, no, off, f and n, ignoring case, and integers.\n"
-                          L"Of the integers, only zero is false.\n"
+                          L"Of the integers, only 0 and the multiples of 4294967296 are false.\n"
                           L"\n"
                           L"  vorelconv boolean --text Yes         true"},
     .run = run};

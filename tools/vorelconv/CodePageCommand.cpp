@@ -34,6 +34,7 @@ bool isWritable(int codePage) {
 }
 
 /// The code page with this name or number.
+/// \throws tools::UsageError for an unknown name.
 int codePageOf(const std::wstring& name) {
     constexpr std::size_t kMaxDigits = 5;
     const std::string narrow = tools::toUtf8(name);
@@ -50,6 +51,7 @@ int codePageOf(const std::wstring& name) {
 }
 
 /// The code page given by an option; the default is UTF-8.
+/// \throws tools::UsageError for an unknown name; tools::Failure for UTF-16, or if `isUsable` returns false.
 int codePageOf(const tools::Arguments& arguments, const tools::Option& option, bool (*isUsable)(int)) {
     const std::wstring name = arguments.value(option.name).value_or(L"UTF-8");
     const int codePage = codePageOf(name);
@@ -74,9 +76,11 @@ public:
 
     [[nodiscard]] int codePage() const { return m_codePage; }
 
-    /// The number of bytes of a block that can be read without the next block. In a code page with multi-byte
-    /// characters other than UTF-8, these are the bytes up to the last line feed, because a line feed is never part of
-    /// a character and resets the shift state.
+    /// The number of bytes of a block that can be read without the next block. If `last` is true, no block follows, and
+    /// all bytes are read. Otherwise, a truncated sequence at the end of UTF-8 is left for the next block. In other
+    /// multi-byte code pages, the bytes after the last line feed are left, because a line feed is never part of a
+    /// character and resets the shift state.
+    /// \throws BadInput for invalid UTF-8.
     [[nodiscard]] std::size_t whole(std::string_view block, bool last) const {
         if (m_codePage == kUtf8) {
             return wholeUtf8(block, last).size();
@@ -87,7 +91,7 @@ public:
         return block.rfind('\n') + 1;
     }
 
-    /// The number of units that `read` would write, or -1 with `errno` set.
+    /// The number of units that `read` would write, or kNotConverted. `errno` is as after `iconv_to_wc`.
     [[nodiscard]] std::size_t measure(std::string_view text) const {
         return text.empty() ? 0 : vorel::util::iconv_to_wc(m_converter, text.data(), text.size(), nullptr, 0);
     }

@@ -88,9 +88,9 @@ constexpr Command kCommand = {
                .options = kOptions,
                .operands = kInputOperand,
                .maxOperands = 1,
-               .details = L"Writes fifteen significant digits and exponents of three digits. Numbers below 0.1\n"
-                          L"always have an exponent. Reads only the first eighteen digits, including leading\n"
-                          L"zeros. Numbers out of range become Inf or 0.\n"
+               .details = L"Writes at most fifteen significant digits and exponents of three digits. Numbers\n"
+                          L"between -0.1 and 0.1, except 0, always have an exponent. Reads only the first\n"
+                          L"eighteen digits, including leading zeros. Numbers out of range become Inf, -Inf or 0.\n"
                           L"\n"
                           L"  vorelconv double --text 0.05                        5.e-002\n"
                           L"  vorelconv double --json --text 1e20                 1.0e+020\n"

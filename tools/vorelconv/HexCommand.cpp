@@ -43,7 +43,7 @@ class HexDecoder final : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
         m_digits.clear();
-        std::size_t whole = 0;  // end of the last pair of digits and of the white space after it
+        std::size_t whole = 0;  // end of the pairs of digits, and of the white space after them
         for (std::size_t index = 0; index < block.size(); ++index) {
             if (isDigit(block[index])) {
                 m_digits += block[index];

@@ -78,7 +78,8 @@ std::size_t Input::read(char* buffer, std::size_t size) {
     return count;
 }
 
-/// Reads one line, or the next 1,024 units of a longer line. If the units begin with control-Z, the input ends.
+/// Reads one line, or the next 1,024 units of a longer line. Then returns its first bytes; `m_pending` keeps the
+/// others. If nothing is read, or the units begin with control-Z, the input ends.
 std::size_t Input::readConsole(char* buffer, std::size_t size) {
     constexpr wchar_t kControlZ = 0x1A;
     wchar_t line[1024];

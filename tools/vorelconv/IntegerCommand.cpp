@@ -113,8 +113,9 @@ constexpr Command kCommand = {
                .operands = kInputOperand,
                .maxOperands = 1,
                .details = L"Accepts white space at both ends, a sign, leading zeros and a fraction of zeros. A\n"
-                          L"number that does not fit into the type is an error. Hexadecimal numbers have at most\n"
-                          L"eight digits and neither sign nor prefix.\n"
+                          L"number that does not fit into the type is an error. With --strict, 0042 is an\n"
+                          L"error, but 00 and 0042.0 are accepted. Hexadecimal numbers have at most eight\n"
+                          L"digits and neither sign nor prefix.\n"
                           L"\n"
                           L"  vorelconv integer --text \" +0042.00\"         42\n"
                           L"  vorelconv integer --type hex --text ff       255"},

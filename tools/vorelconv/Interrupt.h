@@ -1,5 +1,6 @@
 /// \file
-/// Control-C during a conversion. The conversion stops at the next block and removes the unfinished output file.
+/// Control-C during a conversion. The conversion stops before it reads more input, and the unfinished output file is
+/// removed. If the whole input was already read, the conversion is completed.
 #pragma once
 
 namespace conv {

@@ -179,15 +179,20 @@ constexpr Command kCommand = {
                .operands = kInputOperand,
                .maxOperands = 1,
                .details = L"text      Items are separated by any character of the delimiter. An item in double\n"
-                          L"          quotes may contain delimiters, and \"\" for a double quote. --join writes such\n"
-                          L"          a list, with quotes where they are needed.\n"
+                          L"          quotes may contain delimiters, and \"\" for a double quote. --join writes the\n"
+                          L"          whole delimiter between the lines. It puts a line in double quotes if the line\n"
+                          L"          contains the delimiter or a double quote. A single line that is already in\n"
+                          L"          double quotes is not changed.\n"
                           L"integer, unsigned\n"
-                          L"          Each item is followed by white space or one comma. White space after a comma\n"
-                          L"          is a 0. An item that does not fit into 32 bits is an error.\n"
+                          L"          Items are separated by white space, by a comma, or by white space and then a\n"
+                          L"          comma. White space after a comma is a 0. Fractions are dropped. An item that\n"
+                          L"          is out of the range of the type is an error.\n"
                           L"double, boolean\n"
-                          L"          Items are separated by white space. Other words are ignored.\n"
+                          L"          Items are separated by white space. For double, words that are not numbers are\n"
+                          L"          ignored. For boolean, words that are neither booleans nor integers are ignored.\n"
+                          L"          A word of 80 or more characters is an error.\n"
                           L"\n"
-                          L"  vorelconv list --delimiter ; --text \"a b;c\"     a b, then c on the next line\n"
+                          L"  vorelconv list --delimiter \";\" --text \"a b;c\"   a b, then c on the next line\n"
                           L"  vorelconv list --type integer --text \"1 ,2 3\"   1, 2 and 3, one per line"},
     .run = run};
 

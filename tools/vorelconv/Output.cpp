@@ -44,8 +44,8 @@ Output::Output(const tools::Arguments& arguments) {
 
 /// If the given name is the name of a device, opens the device and returns true. The output is written to a device
 /// directly, because only a file on a disk can be replaced. If the name is the name of an existing file, stores the
-/// path of the file in `m_target`, with all links resolved. Throws `tools::Failure` if the name is the name of a
-/// folder, or of a file or device that cannot be written.
+/// path of the file in `m_target`, with all links resolved, or the given name if the system does not provide this path.
+/// Throws `tools::Failure` if the name is the name of a folder, or of a file or device that cannot be written.
 bool Output::openDevice() {
     const DWORD attributes = GetFileAttributesW(m_name.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {

@@ -17,10 +17,12 @@ class Output {
 public:
     /// Opens the file given by --output. Without the option, or for "-", opens standard output. A device ("nul") is
     /// written directly.
-    /// \throws tools::Failure if the file cannot be created.
+    /// \throws tools::Failure if the name is the name of a folder, if the file or device is read-only or cannot be
+    ///         written, or if the temporary file cannot be created.
     explicit Output(const tools::Arguments& arguments);
 
-    /// If neither `commit` nor `abandon` was called, calls `abandon`, and writes its message to the error stream.
+    /// If `commit` has not succeeded and `abandon` was not called, calls `abandon`, and writes its message to the error
+    /// stream.
     ~Output();
 
     Output(const Output&) = delete;
@@ -43,7 +45,7 @@ private:
     void openUnfinished();
 
     std::wstring m_name;        // the name of the output in messages
-    std::wstring m_target;      // path of the finished file, with all links resolved
+    std::wstring m_target;      // path of the finished file; if the file exists, with all links resolved
     std::wstring m_unfinished;  // path of the temporary file; empty if there is none
     tools::OwnedHandle m_file;
     std::uint64_t m_written = 0;
