@@ -31,7 +31,7 @@ Follower::Progress Follower::poll() {
     return startOver(pair);
 }
 
-/// Opens the log and the backup, and ensures that no rotation happened between the two calls. A rotation replaces the
+/// Opens the log and then the backup, and ensures that no rotation happened in between. A rotation replaces the
 /// backup. So there was no rotation if the backup has the same id before and after the log is opened. The first handle
 /// keeps the old backup open, so no new file can get the id of the old backup.
 Follower::Pair Follower::openPair() {
@@ -97,7 +97,8 @@ Follower::Progress Follower::followBackup(Pair pair) {
 }
 
 /// Reads lines that were added to the backup after the rotation. There can be such lines, because a writer that opened
-/// the log before its rotation writes its line to the backup. Returns whether there was such a line.
+/// the log before its rotation writes its line to the backup. Returns whether there was such a line. While the last
+/// line that was read from the log is incomplete, returns false, because the sink needs the rest of this line first.
 bool Follower::readLateLines(Pair& pair) {
     if (!m_previous || isWithinLine() || !isAt(*m_previous, pair.backup.get())) {
         return false;
@@ -123,7 +124,7 @@ std::size_t Follower::fetch(const Position& position, LogFile& file) {
     return file.read(position.offset, m_buffer.data(), m_buffer.size());
 }
 
-/// Passes the first `size` bytes of the buffer to the sink.
+/// Moves `position` past the first `size` bytes of the buffer, and passes these bytes to the sink.
 void Follower::deliver(Position& position, std::size_t size) {
     const std::string_view bytes(m_buffer.data(), size);
     position.offset += size;

@@ -31,7 +31,7 @@ public:
 
     virtual void bytes(std::string_view bytes) = 0;
 
-    /// The next bytes come from another file.
+    /// The next bytes come from another file, or from the start of a file that was emptied.
     virtual void endOfFile() = 0;
 
     /// The file that was being read no longer exists, or was emptied. Lines that were added to it since the last poll
@@ -43,7 +43,7 @@ class Follower {
 public:
     enum class Progress {
         More,  ///< the next poll may find more bytes at once
-        Idle,  ///< all bytes have been read
+        Idle,  ///< all bytes have been read, or no file exists
     };
 
     /// `files` and `sink` must outlive this object.
@@ -56,7 +56,8 @@ public:
     /// \throws FileBusy (nothing is lost, and the next poll continues); tools::Failure; exceptions of the sink.
     Progress poll();
 
-    /// Whether a file has been found so far.
+    /// Whether a file has been found so far, or `startAt` was called. If the log disappears before a backup has been
+    /// read, the result is false again until a poll finds a file.
     [[nodiscard]] bool hasFound() const noexcept { return m_current || m_previous; }
 
 private:

@@ -15,7 +15,9 @@ class Histogram {
 public:
     static constexpr std::size_t kMaxSteps = 24;
 
-    /// The time from the first record to the last record is divided into at most `maxSteps` steps.
+    /// The time from the first record to the last record is divided into at most `maxSteps` steps. There are more steps
+    /// only if the longest step length (1000 years) is too short. With `kMaxSteps`, this never happens for times of a
+    /// log.
     explicit Histogram(std::size_t maxSteps = kMaxSteps) noexcept : m_maxSteps(maxSteps) {}
 
     struct Step {

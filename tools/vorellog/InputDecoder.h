@@ -30,7 +30,10 @@ public:
     /// \throws tools::Failure if compressed data is damaged.
     void bytes(std::string_view bytes) override;
 
-    /// \throws tools::Failure if compressed data ends early. The text up to this point has been delivered to the sink.
+    /// An incomplete character at the end of UTF-16 becomes U+FFFD.
+    /// \throws tools::Failure if compressed data ends early: the text up to this point, and the end of the file, have
+    ///         been delivered to the sink. tools::Failure if a file of fewer than four bytes has damaged compressed
+    ///         data.
     void endOfFile() override;
 
     /// Stops decoding a file whose rest is not needed. Drops incomplete data, and reports the end of the file to the

@@ -1,6 +1,7 @@
 /// \file
 /// Splits a stream of bytes into lines. A line ends with a line feed. Carriage returns directly before the line feed
-/// are removed. Memory is bounded: a line of more than kMaxPieceBytes bytes is delivered in pieces.
+/// are removed. Memory is bounded: a line of more than kMaxPieceBytes bytes is delivered in pieces. Carriage returns at
+/// the end of a piece are kept if the line feed does not follow directly.
 #pragma once
 
 #include <cstddef>

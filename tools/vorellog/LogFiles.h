@@ -19,7 +19,8 @@ struct FileId {
     friend bool operator==(const FileId&, const FileId&) = default;
 };
 
-/// A temporary failure: another program has locked the file or does not share it, or the file is being deleted.
+/// A failure that may be temporary: another program has locked the file or does not share it, or the system denies
+/// access. The system also denies access while the file is being deleted.
 class FileBusy : public tools::Failure {
 public:
     explicit FileBusy(const tools::Failure& failure) : Failure(failure) {}
@@ -35,7 +36,7 @@ public:
 
     [[nodiscard]] virtual FileId id() const = 0;
 
-    /// The current size in bytes.
+    /// The current size in bytes; 0 if the system does not report it.
     [[nodiscard]] virtual unsigned long long size() const = 0;
 
     /// Reads up to `size` bytes at `offset` and returns their number, which is less than `size` only at the end of the

@@ -2,7 +2,8 @@
 /// Parses one line of an error log:
 ///
 ///     [Mon Nov 16 01:43:08 2026].045 host7.4312.9876: WARN: text
-///     ^time                     ^ms  ^host ^process^thread  ^prefix, message
+///     ^time                     ^ms  ^host ^process   ^prefix
+///                                               ^thread     ^message
 ///
 /// The milliseconds are present only if the program enabled them. The host may be empty. The prefix ends at the first
 /// colon that is followed by a space; a message without such a colon has no prefix.

@@ -114,7 +114,7 @@ std::optional<TimeSpan> dateAndTime(std::string_view text) noexcept {
     return clockTime(cursor, *start);
 }
 
-/// Parses a date and time with an offset from UTC. The offset begins at the last "Z", "+" or "-" of the text.
+/// Parses a date and time with an offset from UTC. The offset begins at the last "Z", "z", "+" or "-" of the text.
 std::optional<TimeSpan> withOffset(std::string_view text, const TimeZone& zone) noexcept {
     const std::size_t clock = text.find(':');
     const std::size_t sign = text.find_last_of("Zz+-");

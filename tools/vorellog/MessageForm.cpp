@@ -239,7 +239,7 @@ private:
     }
 
     /// Processes the slash or backslash at `at`. A token is a path if it contains a backslash, if it is a URL, or if it
-    /// begins like an absolute path.
+    /// begins like an absolute path. A slash or backslash at the end of a token does not make the token a path.
     std::size_t path(std::size_t at) {
         const std::size_t before = at - std::min(at, m_tokenAt);
         const bool begins = before == 0;

@@ -33,7 +33,7 @@ public:
     /// ProcessSet::add).
     /// \{
     static constexpr std::size_t kMaxGroups = 10000;
-    static constexpr std::size_t kMaxTextBytes = std::size_t{12} << 20;  ///< of the forms and examples of all groups
+    static constexpr std::size_t kMaxTextBytes = std::size_t{12} << 20;  ///< of the keys and examples of all groups
     static constexpr std::size_t kMaxProcessSetBytes = std::size_t{8} << 20;  ///< of all sets of processes
     /// \}
 
@@ -55,13 +55,14 @@ public:
         std::string example;                  ///< message of the first entry
     };
 
-    /// Adds a record; a record without a header is ignored.
+    /// Adds a record as an entry. A record without a header is ignored.
     void add(const Record& record, ProcessNumber process);
 
     /// Adds an exception.
     void add(const Trail& trail, ProcessNumber process);
 
-    /// Adds an entry of one or more records. Returns its group, or null if it belongs to no group.
+    /// Adds an entry of one or more records. Returns its group, or null if it belongs to no group. An entry whose first
+    /// record has no header is ignored: the result is null, and ungrouped() does not count the entry.
     const Group* add(std::span<const Record> records, ProcessNumber process);
 
     /// The groups. Groups with more entries come first. If the numbers of entries are equal, the group with the latest

@@ -1,6 +1,6 @@
 /// \file
-/// Regular expressions in the syntax of RE2, which is the syntax of Perl without backreferences and lookaround. The
-/// time of a search is always linear in the size of the text.
+/// Regular expressions in the syntax of RE2: a subset of the syntax of Perl, without backreferences and lookaround, for
+/// example. The time of a search is always linear in the size of the text.
 #pragma once
 
 #include <memory>
@@ -16,7 +16,7 @@ namespace vorellog {
 class Pattern {
 public:
     /// `^` and `$` match at the start and at the end of each line of a text.
-    /// \throws tools::UsageError if the expression is invalid.
+    /// \throws tools::UsageError if the expression is invalid or too large.
     Pattern(std::string_view expression, bool ignoreCase);
     ~Pattern();
 

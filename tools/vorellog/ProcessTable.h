@@ -67,7 +67,7 @@ public:
 
     [[nodiscard]] std::size_t sizeBytes() const noexcept { return m_bits.size() * sizeof m_bits[0]; }
 
-    /// Whether several processes are counted as one, because a limit was reached.
+    /// Whether processes beyond a limit were added. All of them are counted together as one process.
     [[nodiscard]] bool hasOthers() const noexcept { return m_hasOthers; }
 
 private:

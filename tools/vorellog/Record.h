@@ -13,10 +13,10 @@ namespace vorellog {
 
 enum class Damage {
     None,
-    Cut,       ///< the line ends early: its writer was killed, or a header within the line starts the next record
+    Cut,       ///< the last line ends early: its writer was killed, or a header within the line starts the next record
     MidLine,   ///< the record starts in the middle of a line
-    NoHeader,  ///< the line has no header and does not belong to a record
-    BadUtf8,   ///< contains invalid UTF-8
+    NoHeader,  ///< the line has no header and cannot belong to the previous record
+    BadUtf8,   ///< the record contains invalid UTF-8 and has no other damage
 };
 
 inline constexpr std::size_t kDamages = 5;  ///< number of values, including None
@@ -38,7 +38,8 @@ public:
     void setDamage(Damage damage) noexcept { m_damage = damage; }
     [[nodiscard]] Damage damage() const noexcept { return m_damage; }
 
-    /// The lines as in the log, separated by line feeds, without the last line end.
+    /// The lines, separated by line feeds, without the last line end. Carriage returns directly before a line feed are
+    /// not included.
     [[nodiscard]] const std::string& text() const noexcept { return m_text; }
 
     /// The header; null if there is none. A record without a header is damaged, and only its text is known.

@@ -29,7 +29,7 @@ public:
     static constexpr std::size_t kMaxGroups = 1000;     ///< the groups with the most entries
     static constexpr std::size_t kMaxProcesses = 500;   ///< the processes with the most records
     static constexpr std::size_t kMaxExamples = 10;     ///< per group: the newest entries
-    static constexpr std::size_t kMaxLineBytes = 2000;  ///< of a message in an example
+    static constexpr std::size_t kMaxLineBytes = 2000;  ///< of a message in an example; the rest becomes "..."
     /// The size of the examples of all groups. After it is reached, each further group has one example.
     static constexpr std::size_t kMaxExampleBytes = std::size_t{4} << 20;
     /// \}
@@ -38,7 +38,8 @@ public:
     /// Adds a record as an entry; a record without a header is only counted as damaged.
     void add(const Record& record) { add(std::span<const Record>(&record, 1), TrailEnd::Caught); }
 
-    /// Adds an exception as one entry.
+    /// Adds a trail as one entry: an exception, or a single record. If the first record has no header, the trail is
+    /// only counted as damaged.
     void add(const Trail& trail) { add(std::span<const Record>(trail.records), trail.end); }
 
     /// The page. `name` is the name of the log.

@@ -36,8 +36,8 @@ void Summary::add(const Trail& trail) {
     m_groups.add(trail, process);
 }
 
-/// Counts a record. Returns the number of its process, or ProcessTable::kOthers if the record has no header or the
-/// table of processes is full.
+/// Counts a record. Returns the number of its process. Returns ProcessTable::kOthers if the record has no header, or if
+/// the table of processes is full and does not contain the process.
 ProcessNumber Summary::countRecord(const Record& record) {
     ++m_damage[static_cast<std::size_t>(record.damage())];
     const LogHeader* const header = record.header();
@@ -73,7 +73,7 @@ Summary::Row& Summary::rowOf(ProcessNumber process, std::string_view prefix) {
 }
 
 /// The rows, without `m_others`. Rows with more records come first. If the numbers of records are equal, the row with
-/// the latest record comes first.
+/// the latest record comes first. If these are equal too, the rows are in the order of process and prefix.
 std::vector<Summary::ShownRow> Summary::sortedRows() const {
     constexpr unsigned int kNumberBits = 32;
     std::vector<std::string> prefixes(m_prefixes.size());

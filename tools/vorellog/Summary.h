@@ -24,8 +24,8 @@ namespace vorellog {
 
 class Summary {
 public:
-    /// The maximum number of pairs of process and prefix that are counted separately. Further pairs are counted
-    /// together as kOthers.
+    /// The maximum number of pairs of process and prefix that are counted separately. Further pairs, and pairs of
+    /// processes beyond ProcessTable::kMaxProcesses, are counted together as kOthers.
     static constexpr std::size_t kMaxRows = 20000;
     static constexpr std::string_view kOthers = "(others)";
 
@@ -38,12 +38,14 @@ public:
     /// Adds the records of an exception as one entry.
     void add(const Trail& trail);
 
-    /// A readable summary: the groups, a table with a row for each pair of process and prefix, and a bar for each time
-    /// step.
+    /// A readable summary: a line with the totals, the groups, a table with a row for each pair of process and prefix,
+    /// and a bar for each time step. `top` limits the numbers of groups and of pairs. If no record has a header, the
+    /// summary is only the first line.
     [[nodiscard]] std::string text(std::optional<std::size_t> top = {}) const;
 
     /// The summary as JSON, one object per line: "summary", a "group" for each group, a "count" for each pair of
-    /// process and prefix, a "step" for each time step. Without `top`, all groups and pairs are written.
+    /// process and prefix, a "count" for kOthers if any, a "step" for each time step. `top` limits the numbers of
+    /// groups and of pairs. Without `top`, all groups and pairs are written.
     [[nodiscard]] std::string json(std::optional<std::size_t> top = {}) const;
 
 private:

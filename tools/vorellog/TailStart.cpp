@@ -29,7 +29,7 @@ std::size_t findFirstRecord(std::string_view text) noexcept {
     return std::string_view::npos;
 }
 
-/// Counts the entries from `offset` to the end of `log`.
+/// Counts the entries from `offset` to the end of `log` that match the filter.
 unsigned long long countEntries(LogFile& log, unsigned long long offset, const Settings& settings) {
     constexpr std::size_t kBlockBytes = std::size_t{1} << 20;
     Settings counted;

@@ -1,6 +1,6 @@
 /// \file
 /// Finds where the last entries of a log begin. The search starts near the end of the log. So its time does not depend
-/// on the size of the log, unless only few entries match the filter.
+/// on the size of the log, unless only few entries match the filter or only few lines begin with a header.
 #pragma once
 
 #include <optional>
@@ -16,13 +16,16 @@ struct TailStart {
 };
 
 /// The start of a part at the end of the log that contains at least the last `settings.tail` entries. Reading this part
-/// takes less time than reading a long log from its start. Returns nullopt if `settings.tail` is not given, if the log
-/// does not exist, or if the log must be read from its start, because it is short, has fewer entries, or is not plain
-/// UTF-8.
+/// takes less time than reading a long log from its start. The function tries parts of 256 KiB, 1 MiB, 4 MiB and so on,
+/// as long as they are shorter than the log. A part must have a header in its first 256 KiB, and enough entries.
+/// Returns nullopt if `settings.tail` is not given, if the log does not exist, if it is compressed or in UTF-16, or if
+/// no part is suitable. In the last two cases, the log must be read from its start.
 ///
-/// With `settings.fold`, a trail that began before the part is incomplete, and must not be one of the last
-/// `settings.tail` entries. So the part contains at least 1,000 additional entries before them. This is enough, because
-/// there is at most one incomplete trail for each thread.
+/// With `settings.fold`, a trail that began before the part is incomplete, and should not be one of the last
+/// `settings.tail` entries. So the part contains at least 1,000 additional entries before them. An incomplete trail is
+/// one of the last entries only if its thread wrote no record of the trail while the additional entries were written.
+///
+/// \throws FileBusy; tools::Failure if the log cannot be opened or read.
 std::optional<TailStart> findTailStart(LogFiles& files, const Settings& settings);
 
 }  // namespace vorellog

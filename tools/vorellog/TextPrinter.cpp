@@ -67,7 +67,8 @@ void TextPrinter::printDamage(const Record& record, std::string& out) const {
     }
 }
 
-/// Prints the first line of a record: time, writer, prefix and message.
+/// Prints the damage of a record, if it has any, and the first line of the record. With colours, the time, the writer
+/// and the prefix are coloured.
 void TextPrinter::printLine(const Record& record, std::string_view line, std::string& out) const {
     printDamage(record, out);
     const LogHeader* const header = record.header();

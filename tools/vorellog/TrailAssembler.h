@@ -11,22 +11,24 @@
 /// that cannot belong to the same exception:
 ///
 ///   - "…: Severe error thrown" and "…: TestAndThrow test failed" always begin a trail;
-///   - if the trail already contains a message, an equal message begins the next trail (digits are ignored, so "row 7"
-///     and "row 8" are equal);
-///   - if a record names a function that the trail already names, the last message between the two records begins the
+///   - if the trail already contains a message, an equal message begins the next trail (numbers are not compared, so
+///     "row 7" and "row 12" are equal);
+///   - if the trail already contains an equal "…rethrown" record, the last message between the two records begins the
 ///     next trail;
 ///   - a message or a system text more than kFailureGapSeconds after the last record of the trail begins a new trail,
 ///     because a program adds messages to a failure at once, but unwinding may take time. Whole seconds are compared,
 ///     because not all lines have milliseconds;
 ///   - any record more than kTrailGapMs after the last record of the trail begins a new trail.
 ///
-/// A cut record also ends its trail, because the thread was terminated. A trail of kMaxRecords records ends, too.
+/// A cut record also ends its trail, because its thread was probably terminated. A trail of kMaxRecords records ends,
+/// too.
 ///
 /// A record whose header is in the middle of a line neither joins nor ends a trail, because the header may be part of a
 /// message.
 ///
 /// Trails are delivered in the order of their first records. Records that do not belong to an exception are delivered
-/// as trails of one record. Memory is bounded.
+/// as trails of one record. To bound the memory, the first trail ends and is delivered if more than kMaxWaitingRecords
+/// records or more than kMaxWaitingBytes bytes are waiting.
 #pragma once
 
 #include <cstddef>
@@ -48,7 +50,7 @@ namespace vorellog {
 enum class TrailEnd {
     Caught,
     Suppressed,  ///< by a destructor, while another exception was unwinding the stack
-    Open,        ///< the log has no record of the end of the trail
+    Open,        ///< the trail has no record of its end
 };
 
 /// "caught", "suppressed", "open".

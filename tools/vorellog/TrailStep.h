@@ -11,7 +11,7 @@ namespace vorellog {
 enum class TrailStep {
     None,          ///< not a record of an exception: a warning, a debug line, a damaged record without a header
     Message,       ///< a failure, or a message added to it later
-    SystemText,    ///< the system's text for an HRESULT, added to the failure
+    SystemText,    ///< a line of `addHRESULTErrorToStack`, such as the system's text for an HRESULT
     TestFailed,    ///< a failed check that throws an exception
     SevereThrown,  ///< an exception of another type was caught, and an exception of the library was thrown instead
     Rethrown,      ///< rethrown by the function that the record names

@@ -1,5 +1,6 @@
 /// \file
-/// The main loop of vorellog. It reads the log, waits for new lines, and reports if the log is missing or stays busy.
+/// The main loop of vorellog. It reads the log and waits for new lines. It reports if the log is missing or stays
+/// busy, and if records may be missing.
 #pragma once
 
 #include <optional>
@@ -33,10 +34,12 @@ public:
 /// ends earlier if the viewer has shown enough.
 class ViewLoop {
 public:
-    static constexpr LocalMs kPollMs = 100;  ///< with --follow, the time between two polls
-    /// The time between two attempts to read the rest of a line, or a busy file that has not been reported yet.
+    /// With --follow, the time until the next poll if all bytes have been read, or if a busy file has been reported.
+    static constexpr LocalMs kPollMs = 100;
+    /// The time between two attempts to read a busy file that has not been reported yet, or, without --follow, the rest
+    /// of the last line.
     static constexpr LocalMs kBusyMs = 5;
-    /// If a file is busy for longer, run() throws. With --follow, run() reports this and continues to wait.
+    /// If a file is busy for longer, run() throws. But with --follow, run() reports this once and continues to wait.
     static constexpr LocalMs kMaxBusyMs = 10000;
     static constexpr LocalMs kLineEndMs = 200;  ///< without --follow, how long to wait for the rest of the last line
 

@@ -127,8 +127,8 @@ bool Viewer::isWanted(std::span<const Record> records) {
     return wanted;
 }
 
-/// Shows or counts a wanted entry, until the maximum number of entries is reached. An entry that is not wanted is shown
-/// if it is in the context of a wanted entry.
+/// Shows a wanted entry, or adds it to the report or the summary, until the maximum number of entries is reached. An
+/// entry that is not wanted is shown if it is in the context of a wanted entry.
 template <class Entry>
 void Viewer::offer(const Entry& entry, bool wanted) {
     if (wanted && hasMaxEntries()) {

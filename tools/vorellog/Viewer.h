@@ -1,6 +1,6 @@
 /// \file
 /// Converts the bytes of a log to output: splits the bytes into lines, combines the lines into records and trails, and
-/// prints the records and trails that match the filter.
+/// prints the records and trails that match the filter, or adds them to the summary or the report.
 #pragma once
 
 #include <cstddef>
@@ -27,8 +27,9 @@ namespace vorellog {
 
 class Viewer : public LogSink {
 public:
-    /// `write` receives the output in large pieces of whole lines. If `screenRows` is not 0, the output is a console
-    /// with that many rows, and the summary of a log that is followed is redrawn regularly.
+    /// `write` receives the output in pieces of whole lines. If `screenRows` is not 0, the output is a console with
+    /// that many rows. If a log is followed, its summary is then redrawn after a change, at most once per second. A
+    /// summary in JSON is not redrawn.
     Viewer(const Settings& settings, bool withColours, std::function<void(std::string_view)> write,
            std::size_t screenRows = 0);
 
@@ -38,7 +39,8 @@ public:
 
     /// Shows the records that have been read. `nowMs` is the time of a monotonic clock. A record that may still get
     /// further lines is shown by the first call without new bytes. An open trail is shown when there were no new bytes
-    /// for longer than TrailAssembler::kTrailGapMs.
+    /// for longer than TrailAssembler::kTrailGapMs. If a log is followed, the entries that --tail selects are shown by
+    /// the first call without new bytes.
     void showPending(LocalMs nowMs);
 
     /// The time of the last showPending() call that had new bytes to show. The first call counts as such a call.
@@ -56,20 +58,22 @@ public:
     /// Whether --max-count entries and the context after them have been shown.
     [[nodiscard]] bool hasEnough() const noexcept { return hasMaxEntries() && m_contextAfter == 0; }
 
-    /// Number of entries shown or counted.
+    /// Number of entries that match the filter, at most the number given by --max-count. With --tail, only the last of
+    /// these entries are shown.
     [[nodiscard]] unsigned long long entries() const noexcept { return m_entries; }
 
-    /// Whether any entry was shown or counted.
+    /// Whether any entry matches the filter.
     [[nodiscard]] bool hasFound() const noexcept { return m_entries != 0; }
 
     /// A note for a user whose filter selected nothing: "nothing found; the log has records from … to …". Empty if an
-    /// entry was found, if the log has no records, or if only its end was read.
+    /// entry was found, if no record has a header, or if --tail is given, because then only the end of the log may have
+    /// been read.
     [[nodiscard]] std::wstring nothingFoundText() const;
 
     /// Number of gaps that the Follower reported.
     [[nodiscard]] unsigned int gaps() const noexcept { return m_gaps; }
 
-    /// Number of records without a header that were not shown because the filter needs a header.
+    /// Number of entries that begin with a record without a header and were not selected, if the filter needs a header.
     [[nodiscard]] unsigned long long undecided() const noexcept { return m_undecided; }
 
 private:

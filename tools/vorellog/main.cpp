@@ -41,19 +41,19 @@ void report(const std::wstring& text) {
     tools::report(kProgram, text);
 }
 
-/// The event that Ctrl+C sets.
+/// The event that Ctrl+C and Ctrl+Break set.
 HANDLE stopEvent() {
     static HANDLE const event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     return event;
 }
 
-/// Waits up to `milliseconds` for Ctrl+C. Returns true if Ctrl+C has been pressed.
+/// Waits up to `milliseconds` for the event. Returns true if Ctrl+C or Ctrl+Break has been pressed.
 bool isStopped(DWORD milliseconds) {
     return WaitForSingleObject(stopEvent(), milliseconds) == WAIT_OBJECT_0;
 }
 
-/// The first Ctrl+C stops reading, so that the viewer shows the entries that it has read. The second Ctrl+C terminates
-/// the process.
+/// The first Ctrl+C or Ctrl+Break stops reading, so that the viewer shows the entries that it has read. The second one
+/// terminates the process.
 BOOL WINAPI onControl(DWORD control) {
     if ((control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) || isStopped(0)) {
         return FALSE;
@@ -68,7 +68,7 @@ bool wantsColours(const Settings& settings) {
                         noColor && *noColor != L'\0');
 }
 
-/// The clock, Ctrl+C and the error output of this process.
+/// The clock, the stop signal and the error output of this process.
 class Process : public Environment {
 public:
     LocalMs nowMs() override { return static_cast<LocalMs>(GetTickCount64()); }
@@ -87,7 +87,7 @@ void startAtTail(LogFiles& files, const Settings& settings, InputDecoder& decode
             decoder.startWithin();
             follower.startAt(start->log, start->offset);
         }
-    } catch (const FileBusy&) {  // `follower` will read the log from its start when the file can be read
+    } catch (const FileBusy&) {  // `follower` will then read the backup and the log from their starts
         return;
     }
 }
@@ -114,7 +114,7 @@ void viewLog(const std::wstring& path, const Settings& settings, Viewer& viewer)
     }
 }
 
-/// Views the logs until enough entries were shown; returns false if a log cannot be read.
+/// Views the logs and the standard input until enough entries were shown. Returns false if one of them cannot be read.
 bool viewAll(const Settings& settings, Viewer& viewer) {
     bool good = true;
     for (const std::wstring& path : settings.paths) {
