@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -17,7 +16,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Pair;
 using vorellog::Environment;
 using vorellog::FileBusy;
 using vorellog::FileId;
@@ -117,17 +115,6 @@ TEST_F(ViewLoopTest, FollowReportsAMissingLogOnce) {
     EXPECT_THAT(clock.reports, ElementsAre(L"my.log: log not found; waiting"));
 }
 
-TEST_F(ViewLoopTest, ALongLogIsNotReadToItsEndAfterTheStop) {
-    files.index = 1;
-    const std::string line = files.bytes;
-    while (files.bytes.size() < 10'000'000) {
-        files.bytes += line;
-    }
-    clock.isTimeToStop = [&](LocalMs) { return !shown.empty(); };
-    run(kFollowing);
-    EXPECT_LT(shown.size(), files.bytes.size() / 2);
-}
-
 TEST_F(ViewLoopTest, MissingLogIsNotAwaitedWithoutFollow) {
     run({.paths = {L"my.log"}});
     EXPECT_EQ(clock.nowMs(), 0);
@@ -190,16 +177,15 @@ TEST_F(ViewLoopTest, BusyLogIsAFailureWithoutFollow) {
 
 TEST_F(ViewLoopTest, GapsAreReportedAtOnce) {
     files.index = 1;
-    std::map<LocalMs, std::size_t> reportsByTime;
+    std::vector<std::size_t> reportsByWait;
     clock.isTimeToStop = [&](LocalMs now) {
-        reportsByTime.try_emplace(now, clock.reports.size());
+        reportsByWait.push_back(clock.reports.size());
         files.index = now < 300 ? 1 : now < 600 ? 2 : 3;
         return now >= 900;
     };
     run(kFollowing);
     EXPECT_EQ(shown, files.bytes + files.bytes + files.bytes);
-    EXPECT_THAT(reportsByTime, ElementsAre(Pair(0, 0), Pair(100, 0), Pair(200, 0), Pair(300, 0), Pair(400, 1),
-                                           Pair(500, 1), Pair(600, 1), Pair(700, 2), Pair(800, 2), Pair(900, 2)));
+    EXPECT_THAT(reportsByWait, ElementsAre(0, 0, 0, 1, 1, 1, 2, 2, 2));
     EXPECT_THAT(
         clock.reports,
         ::testing::Each(

@@ -10,7 +10,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "vorellog/Histogram.h"
@@ -73,9 +72,9 @@ private:
     void appendHead(std::string& out) const;
 
     ProcessTable m_processes;
-    Prefixes m_prefixes;                            ///< prefixes, shortened to their first bytes, and their numbers
-    std::unordered_map<std::uint64_t, Row> m_rows;  ///< the key combines the numbers of process and prefix
-    Row m_others;                                   ///< records beyond kMaxRows or ProcessTable::kMaxProcesses
+    Prefixes m_prefixes;                  ///< prefixes, shortened to their first bytes, and their numbers
+    std::map<std::uint64_t, Row> m_rows;  ///< the key combines the numbers of process and prefix
+    Row m_others;                         ///< records beyond kMaxRows or ProcessTable::kMaxProcesses
     MessageGroups m_groups;
     Histogram m_histogram;
     Row m_all;                         ///< all records with a header

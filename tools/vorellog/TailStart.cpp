@@ -13,9 +13,10 @@ namespace vorellog {
 namespace {
 
 constexpr unsigned long long kFirstPartBytes = std::size_t{1} << 18;
-constexpr unsigned int kGrowth = 4;  // factor by which the part grows until it has enough entries
-// With --fold, the part has at least this number of entries before the last `tail` entries (see TailStart.h).
-constexpr unsigned long long kMaxOpenTrails = 1000;
+constexpr unsigned int kGrowth = 4;  // factor by which the part of the log grows until it has enough entries
+// With --fold, the part has at least this number of entries before the last `tail` entries, so that a trail that began
+// before the part is rarely among the last entries (see TailStart.h).
+constexpr unsigned long long kAdditionalEntries = 1000;
 
 /// The position of the first line of `text` that begins with a header; npos if there is none. The text before the first
 /// line feed is skipped, because it may be the end of a line.
@@ -56,7 +57,7 @@ std::optional<TailStart> findTailStart(LogFiles& files, const Settings& settings
     std::string head(4, '\0');
     head.resize(log->read(0, head.data(), head.size()));
     const unsigned long long size = log->size();
-    const unsigned long long wanted = *settings.tail + (settings.fold ? kMaxOpenTrails : 0);
+    const unsigned long long wanted = *settings.tail + (settings.fold ? kAdditionalEntries : 0);
     if (encodingOf(head) != Encoding::Plain) {
         return std::nullopt;
     }

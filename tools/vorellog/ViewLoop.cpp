@@ -5,11 +5,7 @@ namespace vorellog {
 void ViewLoop::run() {
     while (!m_viewer.hasEnough()) {
         switch (poll()) {
-        case Outcome::More:
-            if (m_environment.waitForStop(0)) {
-                return;
-            }
-            continue;
+        case Outcome::More: continue;
         case Outcome::Busy:
             if (m_environment.waitForStop(m_hasReportedBusy ? kPollMs : kBusyMs)) {
                 return;

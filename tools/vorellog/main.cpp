@@ -52,8 +52,8 @@ bool isStopped(DWORD milliseconds) {
     return WaitForSingleObject(stopEvent(), milliseconds) == WAIT_OBJECT_0;
 }
 
-/// The first Ctrl+C or Ctrl+Break stops reading, so that the viewer shows the entries that it has read. The second one
-/// terminates the process.
+/// After the first Ctrl+C or Ctrl+Break, the viewer reads to the end of the log, shows the entries and ends. The second
+/// one terminates the process.
 BOOL WINAPI onControl(DWORD control) {
     if ((control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) || isStopped(0)) {
         return FALSE;
