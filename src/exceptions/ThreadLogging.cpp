@@ -75,7 +75,9 @@ void Exception::DisableThreadErrorLogging(bool disable) noexcept {
     if (const detail::SilencedThreadEnds* const ends = detail::silencedThreadEnds.get()) {
         // A value that a fiber stores belongs to the fiber and not to the thread. When the fiber is deleted, the system
         // would call `endThread` although the thread continues.
-        ends->watch(disable && !IsThreadAFiber());
+        if (!disable || !IsThreadAFiber()) {
+            ends->watch(disable);
+        }
     }
 }
 

@@ -14,11 +14,11 @@ inline constinit std::atomic<bool> AnyThreadLoggingDisabled{false};
 
 namespace detail {
 
-/// Removes a silenced thread from the table when the thread ends. A thread that is terminated, or that ends as a fiber,
-/// is not removed. The system may reuse the id of such a thread for a later thread. The old entry has no effect on the
-/// later thread, because the creation times of the two threads differ. The class uses a fiber-local slot, because the
-/// compiler's `thread_local` is not reliable at the end of a thread. If the system has no free slot, no thread is
-/// removed.
+/// Removes a silenced thread from the table when the thread ends. A thread that is terminated, that silenced itself as
+/// a fiber, or that ends as a fiber, is not removed. The system may reuse the id of such a thread for a later thread.
+/// The old entry has no effect on the later thread, because the creation times of the two threads differ. The class
+/// uses a fiber-local slot, because the compiler's `thread_local` is not reliable at the end of a thread. If the system
+/// has no free slot, no thread is removed.
 class SilencedThreadEnds {
 public:
     SilencedThreadEnds() noexcept;
