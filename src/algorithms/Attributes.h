@@ -4,8 +4,12 @@
 #pragma once
 
 #if defined(__GNUC__) || defined(__clang__)
+#ifdef VOREL_COVERAGE  // copies of a function would be counted separately
+#define VOREL_ALWAYS_INLINE inline
+#else
 /// For a function that is inlined even where the compiler would prefer a call. Includes `inline`.
 #define VOREL_ALWAYS_INLINE [[gnu::always_inline]] inline
+#endif
 /// Keeps rare code, and its use of the stack, out of the function that calls it.
 #define VOREL_NOINLINE [[gnu::noinline]]
 /// Like `VOREL_NOINLINE`, for code that runs so rarely that its size is more important than its speed.
