@@ -106,8 +106,9 @@ bool copyEightAscii(const From* from, To* to) noexcept {
 }
 
 /// Copies a text of `count` elements, eight at a time, if all of them are from 0x01 to 0x7F. Returns false if an
-/// element outside that range is found or `count` is below eight; some elements may have been copied. Also returns
-/// false if the text crosses a page border, because the elements after a zero may not be readable.
+/// element outside that range is found or `count` is below eight; some elements may have been copied. A zero may end
+/// the text earlier, and the elements after the zero may be unreadable if they are in the next page. So the function
+/// also returns false if the `count` elements are not in one page.
 template <class From, class To>
 bool copyShortAscii(const From* from, std::size_t count, To* to) noexcept {
     if (count < 8 || !isInPage(from, count * sizeof(From))) {

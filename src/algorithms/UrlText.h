@@ -120,7 +120,8 @@ struct UrlProgress {
     std::size_t written;
 };
 
-/// Counts the characters that the whole blocks of 32 bytes among the `count` bytes of `text` have after encoding.
+/// Computes the length of the encoded text, but only for whole blocks of 32 bytes. Up to 31 of the `count` bytes remain
+/// and are not read.
 UrlProgress measureUrlAvx2(const char* text, std::size_t count, const UrlTable& table) noexcept;
 
 /// The number of bytes in two blocks. The AVX2 version encodes nothing of a shorter text.
