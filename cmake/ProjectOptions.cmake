@@ -2,7 +2,7 @@
 # on undefined behaviour. They do not affect the users of the library.
 
 # The presets of ./dev enable this option. By default it is off, because other versions of the compilers may have other
-# warnings. With Microsoft's compiler and clang-cl, the option has no effect.
+# warnings.
 option(VOREL_WARNINGS_AS_ERRORS "End the build at a warning" OFF)
 if(VOREL_WARNINGS_AS_ERRORS)
     set(vorelWarningsAsErrors -Werror)

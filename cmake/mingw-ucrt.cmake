@@ -75,8 +75,8 @@ endif()
 if(NOT EXISTS "${VOREL_UCRT_SPECS}")
     execute_process(COMMAND "${VOREL_GXX}" -dumpspecs OUTPUT_VARIABLE vorelSpecs COMMAND_ERROR_IS_FATAL ANY)
     if(NOT vorelSpecs MATCHES "-lmsvcrt")
-        message(FATAL_ERROR "${VOREL_GXX} links neither the universal C runtime nor -lmsvcrt, "
-                            "which this toolchain file could replace")
+        message(FATAL_ERROR "${VOREL_GXX} does not link the universal C runtime, and its specs do not "
+                            "contain -lmsvcrt. This toolchain file can only replace -lmsvcrt")
     endif()
     string(REPLACE "-lmsvcrt" "-lucrt" vorelSpecs "${vorelSpecs}")
     file(WRITE "${VOREL_UCRT_SPECS}" "${vorelSpecs}")
