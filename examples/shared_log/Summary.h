@@ -22,8 +22,8 @@ struct Run {
 /// - No line is torn.
 /// - Each worker has as many records in the log as in its report. If the log has a backup, records may be missing.
 /// - All records are records of workers.
-/// - Each worker found the damaged lines that a file declares. If the file declares no damaged lines, all workers found
-///   the same lines.
+/// - If a file begins with a list of its damaged lines, each worker found exactly these lines. In a file without such a
+///   list, all workers found the same damaged lines.
 bool printSummary(const Run& run, const examples::Log& log);
 
 }  // namespace shared_log
