@@ -25,10 +25,10 @@ enum {
 VOREL_API vorel_status vorel_compare(const vorel_char16* a, size_t aLength, const vorel_char16* b, size_t bLength,
                                      uint32_t flags, int32_t* order);
 
-/// Compares two versions number by number; any single character separates two numbers. `isAtLeast` becomes 1 if
-/// `version` is at least `required`, else 0. It becomes 0 if either text is empty. If all numbers of `version` are
-/// equal to the first numbers of `required`, and `required` has more numbers, it becomes 0, even if these numbers are
-/// zero. It also becomes 0 if no two numbers at the same position differ, and `required` ends with a separator.
+/// Compares two versions number by number; any single character separates two numbers. The first pair of numbers that
+/// differ decides: `isAtLeast` becomes 1 if the number of `version` is larger, else 0. If no pair differs, it becomes 1
+/// unless `required` has more numbers than `version` (even if these numbers are zero) or ends with a separator. It
+/// becomes 0 if either text is empty.
 ///
 ///     "10.2", "9.9"  ->  1        "1.2", "1.2.0"  ->  0        "1.2.3", "1.2."  ->  0
 VOREL_API vorel_status vorel_version_at_least(const vorel_char16* version, size_t versionLength,
