@@ -16,10 +16,10 @@
 /// returned through pointers, and are written only if the status is `VOREL_OK`. The only exception to this rule is the
 /// length of an output. Four functions cannot fail and return their result directly: `vorel_abi_version`,
 /// `vorel_version`, `vorel_status_name` and `vorel_last_error_status`. No function ends the program or lets a C++
-/// exception escape. The library keeps the message of each thread's last failure (`vorel_last_error_message`). Failures
-/// that the library treats as errors are also written to the error log. Most functions call a function of the C++
-/// interface. If that function reports malformed text by an exception, the failure is logged; if it reports malformed
-/// text by its return value, the failure is not logged.
+/// exception escape. The library keeps the message of each thread's last failure (`vorel_last_error_message`). A
+/// failure is also written to the error log if the implementation throws an exception. A failure is not logged if an
+/// argument is invalid, or if the implementation reports the failure by a return value. So some functions log malformed
+/// text, and others do not.
 ///
 /// **Inputs.** A text is UTF-16 in the processor's byte order, passed as a pointer and a number of units; it needs no
 /// terminator. The number `VOREL_ZERO_TERMINATED` means "up to the first zero". The pointer may be null if the number
@@ -41,7 +41,7 @@
 ///
 /// **Threads.** Unless stated otherwise, every function may be called from any thread at any time. The functions of the
 /// named mutex and the named condition wait as vorel/flat/Locks.h describes. All other functions wait for other threads
-/// only to write to the error log (see `vorel_log_write`), or briefly for a lock of the library.
+/// in two cases only: to write to the error log (see `vorel_log_write`), and briefly to get a lock of the library.
 ///
 /// **Ownership.** Only handles must be released. One function opens a handle and another closes it; after a handle is
 /// closed, no thread may use it.
