@@ -18,8 +18,8 @@ const urlEncode = native.declare('vorel_url_encode', TEXT, 'uint32_t', BUFFER_OU
 const urlEncodeComponent = native.declare('vorel_url_encode_component', TEXT, 'int32_t', BUFFER_OUT);
 const urlDecode = native.declare('vorel_url_decode', TEXT, 'uint32_t', BUFFER_OUT);
 
-// `encodePieces` encodes at most this number of bytes with one call of the library. Only an input that is too long is
-// passed as a whole, because the library rejects it. The text of PIECE_BYTES bytes has at most two units for each byte,
+// `encodePieces` encodes at most this number of bytes with one call of the library. The only exception is an input
+// that the library rejects because it is too long. The text of PIECE_BYTES bytes has at most two units for each byte,
 // so the text of a piece fits into the buffer of FIRST_UNITS units that all calls share (see native.js). This text is
 // still in the processor's cache when it is converted to a string. Base64 encodes three bytes at a time. PIECE_BYTES is
 // a multiple of three, so the texts of all pieces except the last have no padding and can be concatenated.

@@ -148,8 +148,8 @@ const closeHandle = kernel.func('int32_t CloseHandle(void *)');
 const lastErrorCode = kernel.func('uint32_t GetLastError(void)');
 
 /**
- * Opens the mutex of this name again, because the library logs the system's text for the error, but does not return the
- * error code. Returns the system's error code, or 0 if the mutex can be opened now.
+ * Finds the system's error code after the library failed to open the mutex of this name. The library does not return
+ * the code, so this function tries to open the mutex too. Returns the code, or 0 if the mutex can be opened now.
  */
 function mutexErrorCode(name) {
     const SYNCHRONIZE = 0x100000;

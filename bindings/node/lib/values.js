@@ -85,7 +85,7 @@ const currentTimeOf = native.declare('vorel_current_time', OUT);
 
 /**
  * Checks that a number is whole and fits into 64 bits, and returns it as a BigInt. `asWide` is `BigInt.asIntN` or
- * `BigInt.asUintN`. `range` is the end of the error's text.
+ * `BigInt.asUintN`. In the error's text, `range` follows "a whole number", for example "of 64 bits".
  */
 function wide(value, asWide, range) {
     if (typeof value !== 'number' && typeof value !== 'bigint') {
