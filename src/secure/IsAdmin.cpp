@@ -50,8 +50,8 @@ bool askAsSelf(bool (*question)() noexcept) noexcept {
     if (!openImpersonationToken(impersonated)) {
         return false;
     }
-    // `ImpersonateSelf` opens the token of the process with the rights of the thread. An impersonated client often
-    // lacks these rights.
+    // `ImpersonateSelf` opens the token of the process. While the thread impersonates a client, the system checks this
+    // access with the client's rights, which are often not enough. So the impersonation is ended first.
     if (impersonated && !RevertToSelf()) {
         return false;
     }
