@@ -15,20 +15,20 @@
 /// that locks the mutex acquires it, with a warning in the error log.
 ///
 /// A mutex whose owner has ended is called abandoned. The system reports an abandoned mutex only once: to the object
-/// that locks the mutex next. If the ended thread held the mutex through another object, that other object still
-/// records the id of the ended thread and the number of its holds. This has the following effects on the object with
-/// this record:
+/// that locks the mutex next. For example, a thread ends while it holds the mutex through object X, and object Y locks
+/// the mutex next. Only Y gets the report. X still records the id of the ended thread and its number of holds. This has
+/// the following effects on X, but not on Y and other objects:
 ///
 /// - On every thread with another id, `lock` and `tryLock` throw "Mutex ...: Trying to increment lock count ..." and
-///   release the mutex, and `unlock` does nothing. Other objects are not affected.
+///   release the mutex, and `unlock` does nothing.
 /// - `initialize` with another name throws. The destructor throws too, but it still closes the mutex.
-/// - The system may reuse the id for a new thread. The object treats the new thread as the owner: its locks succeed. If
-///   the new thread calls `unlock` without holding the mutex, the call throws "AutoMutex::unlock: Failed to release
-///   mutex ..." instead of doing nothing. On the new thread, the destructor throws the same exception.
-/// - The recorded owner is cleared only if the mutex is abandoned again and the system reports that to this object.
+/// - The system may reuse the id for a new thread. X treats the new thread as the owner: its locks succeed. If the new
+///   thread calls `unlock` without holding the mutex, the call throws "AutoMutex::unlock: Failed to release mutex ..."
+///   instead of doing nothing. On the new thread, the destructor throws the same exception.
+/// - The recorded owner is cleared only if the mutex is abandoned again and the system reports that to X.
 ///
-/// A program should then destroy the object, catch the destructor's exception, and create a new object. If every thread
-/// releases the mutex before it ends, the problem cannot occur.
+/// A program should then destroy X, catch the destructor's exception, and create a new object. If every thread releases
+/// the mutex before it ends, the problem cannot occur.
 #pragma once
 
 #include <concepts>
@@ -57,8 +57,10 @@ public:
 
     /// The same with a name in UTF-8, which is converted to UTF-16. The constructor is a template, so that
     /// `AutoMutex(nullptr, ...)` is not ambiguous.
-    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8;
-    ///         MemoryException; the exceptions of the constructor for wide names.
+    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if a byte of `name` does not
+    /// start
+    ///         a sequence (see vorel/text/Unicode.h); MemoryException; the exceptions of the constructor for wide
+    ///         names.
     template <std::same_as<char> Narrow>
     AutoMutex(const Narrow* name, bool lockNow, bool flag)
         : AutoMutex(detail::NarrowName(name).wide(), lockNow, flag) {}
@@ -86,9 +88,10 @@ public:
     virtual bool initialize(const wchar_t* name, bool flag);
 
     /// The same with a name in UTF-8.
-    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if `name` is not valid UTF-8, or
-    ///         MemoryException if memory for the conversion runs out: the object is then unchanged. The exceptions of
-    ///         the overload for wide names.
+    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if a byte of `name` does not
+    /// start
+    ///         a sequence (see vorel/text/Unicode.h), or MemoryException if memory for the conversion runs out: the
+    ///         object is then unchanged. The exceptions of the overload for wide names.
     template <std::same_as<char> Narrow>
     bool initialize(const Narrow* name, bool flag) {
         return initialize(detail::NarrowName(name).wide(), flag);
