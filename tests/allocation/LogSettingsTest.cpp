@@ -1,5 +1,6 @@
-// Settings of the log and of its channels with a failing heap. A setting is changed completely or not at all, except a
-// location that is set from a wide path (see `wideLocation`).
+// Changes the location of the log, debug targets, and the switch of a thread, and logs a warning, while the heap fails.
+// A setting is changed completely or not at all. The only exception is a location that is set from a wide path (see
+// `wideLocation`).
 
 #include <string>
 #include <typeinfo>

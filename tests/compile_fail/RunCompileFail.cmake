@@ -21,8 +21,9 @@ endmacro()
 
 # check(<source> <mark> <compiles> <text> <option>...): if `compiles` is true, `source` must compile with the options.
 # For each line of `source` with the comment "// <mark>: X", the compiler must write a message that matches the regular
-# expression `text`, in which X is replaced by the word after the mark. For lines with the comment "// <mark>: X (GCC)",
-# only GCC must write this message. The compiler must write no warning and no error for other lines.
+# expression `text`, in which X is replaced by the word after the mark. For a line with the comment "// <mark>: X (GCC)",
+# GCC must write this message, and clang must write no warning and no error. The compiler must write no warning and no
+# error for other lines.
 function(check name mark compiles text)
     compile(${name} ${ARGN})
     if(compiles AND NOT result EQUAL 0)

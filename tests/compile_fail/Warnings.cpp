@@ -1,6 +1,6 @@
 // Not part of any program. With VOREL_CHECK_FORMATS the compiler must warn about every line with the comment "warns",
-// and about no other line. About lines with "(GCC)", only GCC must warn, because clang knows these formats of the
-// Windows runtime.
+// and about no other line. About lines with "(GCC)", GCC must warn and clang must not warn, because clang knows
+// these formats of the Windows runtime.
 
 #include <vorel/vorelCore.h>
 

@@ -1,6 +1,6 @@
 /// \file
-/// `BaseString::reserve`, whose rules every growth of a string follows: capacities, the text and the length after
-/// growth.
+/// Tests `BaseString::reserve`: the capacity, the text and the length after growth. Every growth of a string follows
+/// the same rules.
 
 #include <algorithm>
 #include <cstdint>
@@ -44,7 +44,7 @@ TYPED_TEST(BaseStringGrowth, Capacity_OfTheFirstBuffer) {
              Case{1048576, 2 * kMi},
              Case{1048577, 2 * kMi},
              Case{2 * kMi - 2, 2 * kMi},
-             Case{2 * kMi - 1, 3 * kMi},  // 2 Mi units are needed; a multiple of 1 Mi is increased by 1 Mi
+             Case{2 * kMi - 1, 3 * kMi},  // 2 Mi units are needed; above 1 Mi, a multiple of 1 Mi grows by 1 Mi
              Case{2 * kMi, 3 * kMi},
              Case{3 * kMi - 2, 3 * kMi},
              Case{3 * kMi - 1, 4 * kMi},

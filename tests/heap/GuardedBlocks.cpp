@@ -268,7 +268,7 @@ void discard(std::size_t page) noexcept {
 }
 
 /// Makes a freed block inaccessible. Small blocks after the first `kMaxForbidden` are overwritten instead. If the queue
-/// of freed small blocks is full, first frees the page of the oldest one, without a check of its pattern.
+/// of freed small blocks is full, first checks the pattern of the oldest one and frees its page.
 void retire(std::size_t page) noexcept {
     Piece& piece = pieces[page];
     if (piece.pages == 1) {

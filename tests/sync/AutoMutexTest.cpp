@@ -302,7 +302,7 @@ TEST(AutoMutex, GuardHoldsTheMutexUntilTheEndOfItsBlock) {
     EXPECT_TRUE(isFreeForOthers(mutex));
 }
 
-TEST(AutoMutex, ThreadSafetySwitchHasNoEffect) {
+TEST(AutoMutex, LocksTheSystemsMutexWhileTheThreadSafetySwitchIsOff) {
     const test::ThreadSafetySwitch restored;
     vorel::ThreadSafetyEnabledCount = 0;
     AutoMutex mutex(uniqueName(L"mutex").c_str(), false, false);

@@ -1,6 +1,6 @@
 /// \file
 /// The rendered line of the log. ErrorLogTest.cpp tests the header of the line. tests/allocation tests lines that are
-/// rendered in several pieces.
+/// rendered in several pieces because an allocation failed.
 
 #include "exceptions/LogLine.h"
 
@@ -15,7 +15,7 @@ namespace {
 
 using vorel::detail::LogLine;
 
-TEST(LogLine, IsRenderedAsOnePieceAtAnyLength) {
+TEST(LogLine, IsRenderedAsOnePieceOnTheStackOrOnTheHeap) {
     struct Message {
         const wchar_t* unit;
         const char* utf8;
@@ -44,7 +44,8 @@ TEST(LogLine, IsRenderedAsOnePieceAtAnyLength) {
     }
 }
 
-// The runtime prints at most INT_MAX bytes of a text.
+// A piece has a limit, because the runtime prints at most INT_MAX bytes of a text. The limit is only 16 MiB, to save
+// memory.
 TEST(LogLine, IsRenderedInPiecesAbove16Mebibytes) {
     constexpr std::size_t kMaxPiece = std::size_t{16} << 20;
     const std::wstring text((kMaxPiece + 100) / 3, L'\x20AC');
