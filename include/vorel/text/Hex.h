@@ -28,8 +28,8 @@ public:
     /// returns 0. Stops at the first invalid pair, or at the last digit if the number of digits is odd. The result is
     /// then 1, and the remaining bytes of `bytes` are not written. By design, a prefix "0x" or "0X" is skipped but
     /// counts in the size, so the last byte of `bytes` is not written. Also by design, the characters ':' to '@' count
-    /// as 3 to 9, and only the lower eight bits of each unit are used (but a unit above 0xFF is not a lower-case
-    /// letter).
+    /// as 3 to 9, and only the lower eight bits of each unit are used: U+0141 counts as 'A' (0x41). Lower-case letters
+    /// are the exception: U+0161 does not count as 'a' (0x61), and is invalid.
     ///
     ///     0x4142  ->  41 42 and a byte that is not written, 0        4G  ->  1        abc  ->  AB, 1
     ///
