@@ -36,7 +36,7 @@ void reserveMore(Array<BaseString<T>>& parts, std::size_t more) {
 
 template <class T>
 void split(const T* text, const T* delimiterText, Array<BaseString<T>>& parts) {
-    // The text and the delimiter may be elements of `parts`, which move when `parts` grows.
+    // The text and the delimiter may be elements of `parts`, which releases its elements when it grows.
     const BaseString<T> copy(text);
     const BaseString<T> delimiterCopy(delimiterText);
     const View<T> delimiter = delimiterCopy.view();
