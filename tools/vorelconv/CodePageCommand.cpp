@@ -61,7 +61,7 @@ int codePageOf(const tools::Arguments& arguments, const tools::Option& option, b
     }
     if (!isUsable(codePage)) {
         throw tools::Failure(L"code page " + std::to_wstring(codePage) + L" (\"" + name +
-                             L"\") is not available on this system, or the system cannot find invalid text in it");
+                             L"\") is not available on this system, or the system cannot check text in it");
     }
     return codePage;
 }
@@ -162,7 +162,7 @@ public:
 
     std::size_t convert(std::string_view block, bool last, std::string& result) override {
         const std::string_view text = block.substr(0, m_source.whole(block, last));
-        errno = 0;  // the system's calls do not always set it
+        errno = 0;  // after some errors of the system, iconv_to_wc does not set it
         if (!m_source.read(text, m_units)) {
             throwUnreadable(text);
         }
@@ -282,8 +282,8 @@ constexpr Command kCommand = {
                .maxOperands = 1,
                .details = L"A code page is a name (UTF-8, latin1, windows-1252, shift_jis, koi8-r and hundreds\n"
                           L"more; case is ignored) or a number (1252). Without --replace, a character that the\n"
-                          L"output code page lacks is an error. With multi-byte code pages other than UTF-8,\n"
-                          L"every line must fit into memory.\n"
+                          L"output code page lacks is an error. If the input is in a multi-byte code page\n"
+                          L"other than UTF-8, a line may have at most 1 GiB.\n"
                           L"\n"
                           L"  vorelconv codepage --from windows-1252 old.txt -o new.txt\n"
                           L"  vorelconv codepage --from koi8-r --to 1251 letter.txt"},

@@ -73,8 +73,8 @@ private:
 
     static void checkEnd(std::string_view text) {
         if (text.size() % kGroupCharacters != 1) {
-            throw BadInput{text.size(), L"expected groups of four characters and one final character, found " +
-                                            std::to_wstring(text.size() % kGroupCharacters) + L" after the last group"};
+            throw BadInput{text.size(), L"expected one character after the last group of four; characters there: " +
+                                            std::to_wstring(text.size() % kGroupCharacters)};
         }
         const char count = text.back();
         if (count != '3' && !(text.size() > 1 && (count == '1' || count == '2'))) {
