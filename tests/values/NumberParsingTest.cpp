@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/PageEdge.h"
 #include "support/Scans.h"
 #include "support/Widths.h"
 
@@ -208,6 +209,26 @@ TEST(NumberParsingWidths, NoBreakSpaceIsWhiteSpaceOnlyInWideText) {
                                util::hexToInteger)),
               (Scanned<int>{0, 0}));
     EXPECT_EQ((scan<char, int>("1f\xA0", util::hexToInteger)), (Scanned<int>{0x1F, 2}));
+}
+
+/// The digits lie in two pages, so they are not parsed in blocks.
+template <class T>
+void expectHexAcrossPages(std::size_t digits, int value) {
+    constexpr std::size_t kPageUnits = 4096 / sizeof(T);
+    test::PageEdge<T> pages(2 * kPageUnits);
+    const std::basic_string<T> text = test::text<T>("0123456789ABCDEF0123");
+    for (std::size_t before = 1; before != digits; ++before) {
+        T* const position = pages.firstElement() + kPageUnits - before;
+        text.copy(position, text.size());
+        T* end = nullptr;
+        EXPECT_EQ(util::hexToInteger(position, &end), value) << before;
+        EXPECT_EQ(end - position, static_cast<std::ptrdiff_t>(digits)) << before;
+    }
+}
+
+TEST(NumberParsingWidths, HexDigitsHaveTheSameLimitsAcrossPages) {
+    expectHexAcrossPages<char>(16, static_cast<int>(0x89ABCDEF));
+    expectHexAcrossPages<wchar_t>(8, 0x01234567);
 }
 
 TEST(NumberParsingWidths, WideUnitsAreNotTruncated) {

@@ -157,6 +157,12 @@ TYPED_TEST(Splitting, TrimmingAppliesToTheTextOfQuotedItems) {
     EXPECT_EQ(textsOf(items), texts<TypeParam>({sizeof(TypeParam) > 1 ? "x" : "\xA0x\xA0"}));
 }
 
+TYPED_TEST(Splitting, DelimitersMayBeAnItemOfTheList) {
+    Array<BaseString<TypeParam>> items = test::stringsOf(texts<TypeParam>({"kept until the end", ",;"}));
+    splitQuoted(test::text<TypeParam>("a,b;c").c_str(), items[1].c_str(), items, false);
+    EXPECT_EQ(textsOf(items), texts<TypeParam>({"a", "b", "c"}));
+}
+
 TYPED_TEST(Splitting, WithoutDelimitersThereIsOneItem) {
     for (const char* none : {"", static_cast<const char*>(nullptr)}) {
         Array<BaseString<TypeParam>> items;
