@@ -37,8 +37,9 @@ inline std::uint32_t valueOfEightDigits(std::uint64_t text) {
         ((text & kMask) * (100 + (1000000ULL << 32)) + (text >> 16 & kMask) * (1 + (10000ULL << 32))) >> 32);
 }
 
-/// Parses the number at `begin`, which must be before `end`. Returns its bits, or 0 if the number is out of range. The
-/// check of the range misses some unsigned 64-bit numbers, for example 28446744073709551616.
+/// Parses the number at `begin`, which must be before `end`. Returns its bits, or 0 if the number is out of range. For
+/// unsigned 64-bit values, some numbers of 20 digits that are too large are accepted, for example 28446744073709551616.
+/// The result is then the number modulo 2^64.
 template <class Value, unsigned int base>
 std::uint64_t parseByTable(const char* begin, const char* end) {
     const bool negative = std::is_signed_v<Value> && *begin == '-';
