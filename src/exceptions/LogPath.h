@@ -14,7 +14,7 @@ namespace vorel::detail {
 
 inline constexpr char kDefaultLogPath[] = "C:\\TalvenorError.txt";
 
-/// Incremented before and after each change of the path.
+/// Made odd before each change of the path, and incremented to an even value after it.
 inline constinit std::atomic<unsigned int> LogPathVersion{0};
 
 struct LogPath {
@@ -22,8 +22,8 @@ struct LogPath {
     /// `ErrorLogLocation`. The caller holds the log-settings lock.
     static void write(const char* path) noexcept;
 
-    /// Copies the path. The copy is empty if no path is set. If the path changes during all attempts, for example
-    /// because a writer was killed during a change, the copy may contain parts of two paths. Does not lock.
+    /// Copies the path. The copy is empty if no path is set. If all attempts fail, for example because a writer was
+    /// killed during a change and left the counter odd, the copy may contain parts of two paths. Does not lock.
     static void read(char (&path)[kLogPathBytes]) noexcept;
 
     /// Like `read`, but copies the default path if no path is set.
