@@ -1,8 +1,8 @@
 /// \file
 /// The last failure of each thread in the flat interface. No function here throws. If memory for a failure cannot be
 /// allocated, the thread's last failure becomes VOREL_ERROR_OUT_OF_MEMORY with a fixed message. If the system has no
-/// free fiber-local slot, or cannot set the slot's value, nothing is recorded. Nothing is recorded either while the
-/// library is loaded or unloaded.
+/// free fiber-local slot, or cannot set the slot's value, nothing is recorded. Also, nothing is recorded during the
+/// loading and the unloading of the library.
 #pragma once
 
 #include <cstddef>

@@ -25,8 +25,8 @@ std::size_t toUtf8(std::wstring_view text, char* bytes) noexcept;
 /// Like the function above, but the result is an array. \throws MemoryException.
 Array<char> toUtf8(std::wstring_view text);
 
-/// Converts `bytes` to UTF-16. At least six zeros must follow `bytes`. Returns nullopt if `bytes` contains a byte that
-/// does not start a sequence, or a sequence that is cut off by a zero or by the end. \throws MemoryException.
+/// Converts `bytes` to UTF-16. At least six zeros must follow `bytes`. Returns nullopt if a byte that cannot start
+/// a sequence is where a sequence must start, or if a zero or the end cuts a sequence off. \throws MemoryException.
 std::optional<Array<wchar_t>> toUtf16(std::string_view bytes);
 
 }  // namespace vorel::flat
