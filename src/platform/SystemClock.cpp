@@ -21,9 +21,9 @@ struct UnixTime {
 
 /// The current time. Reading the system's coarse clock is ten times as fast as reading the runtime's clock, but the
 /// coarse clock lags by up to one tick, usually 16 ms. If the coarse clock is in the last tenth of a second, the next
-/// second may already have begun. So if only the seconds are needed, they are then read from the runtime's clock.
-/// Seconds and milliseconds of two clocks could differ by almost a second, so with milliseconds, the coarse clock is
-/// always used.
+/// second may already have begun. So if only the seconds are needed, they are then read from the runtime's clock. If
+/// milliseconds are needed, both values come from the coarse clock. The seconds of one clock with the milliseconds of
+/// the other could give a time that is wrong by almost a second.
 UnixTime timeNow(bool withMilliseconds) noexcept {
     constexpr std::uint64_t kMaxLag = kSecond / 10;
     try {
