@@ -1,4 +1,4 @@
-"""Checks that the sources compile in environments for which this project is not built: ./dev check.
+"""Checks that the sources compile in environments for which this project is not built. ./dev check runs this script.
 
     syntax.py [--jobs <count>]
 
@@ -10,9 +10,10 @@ Each environment is clang with a target, a C++ library and the Windows headers o
     includes all system headers with the macros of GCC, and then defines the macros of Microsoft's compiler instead.
     Each public header is also checked separately.
 
-Like tidy.py, this script stores a result without findings, for all clones of this user, under the digest of the
-compiler's version and options, the prelude, the source, and the headers of the project that the source includes. The
-digest does not include the content of the system headers.
+If the compiler has no messages for a source, the script does not compile the source again, in any clone of this user
+(like tidy.py). For this purpose, it stores an empty file. The name of the file is a digest of the compiler's version
+and options, the prelude, the source, and the headers of the project that the source includes. The digest does not
+include the content of the system headers.
 """
 
 import argparse
