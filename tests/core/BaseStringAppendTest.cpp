@@ -1,6 +1,6 @@
 /// \file
 /// `BaseString::append`: which units it writes for texts of many lengths, sources that overlap the destination, and
-/// strings whose length is unknown.
+/// strings whose length field is `kUnknownLength`.
 
 #include <algorithm>
 #include <cstddef>
@@ -74,7 +74,7 @@ TYPED_TEST(BaseStringAppend, AppendPartOfItself_CopiesEveryLengthWithoutGrowth) 
 
 /// The source begins within the string's text and ends after the terminator of this text. So the appended units
 /// overwrite a part of the source.
-TYPED_TEST(BaseStringAppend, AppendOverlappingSource_AppendsTheSourceAsBeforeTheCall) {
+TYPED_TEST(BaseStringAppend, AppendOverlappingSource_AppendsTheSourceAsItWasBeforeTheCall) {
     for (const unsigned int count : {2u, 3u, 5u, 8u, 12u, 17u, 33u, 60u}) {
         BaseString<TypeParam> string = inLargeBuffer(test::text<TypeParam>("abc"));
         std::basic_string<TypeParam> source(string.c_str() + 2, count);
@@ -83,7 +83,7 @@ TYPED_TEST(BaseStringAppend, AppendOverlappingSource_AppendsTheSourceAsBeforeThe
     }
 }
 
-TYPED_TEST(BaseStringAppend, Append_CountsAnUnknownLengthFirst) {
+TYPED_TEST(BaseStringAppend, Append_FirstCountsTheUnitsIfTheLengthIsUnknown) {
     const auto unknown = [](const std::basic_string<TypeParam>& text) {
         BaseString<TypeParam> string = inLargeBuffer(text);
         auto fields = test::fieldsOf(string);

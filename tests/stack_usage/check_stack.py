@@ -2,7 +2,7 @@
 their variants.
 
 Compiles the sources that handle a line of the log, reads the compiler's call graph with the size of each frame, and
-finds the chain of calls of each channel that uses the most stack. Functions in other sources are not included: the
+finds, for each channel, the chain of calls that uses the most stack. Functions in other sources are not included: the
 runtime and the system, the functions that throw, and the test whether a debug target is on.
 
     check_stack.py <source folder> <work folder> <compiler> <flag>...

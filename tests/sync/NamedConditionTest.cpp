@@ -85,7 +85,7 @@ TEST(NamedCondition, WaitTimesOut) {
     NamedCondition condition(uniqueName(L"condition").c_str());
     const Clock::time_point start = Clock::now();
     EXPECT_FALSE(condition.wait(60));
-    // A wait may end up to one tick of the system clock early.
+    // A wait may end early, by up to one tick of the system clock.
     EXPECT_GE(Clock::now() - start + milliseconds(16), milliseconds(60));
 }
 

@@ -201,7 +201,7 @@ TEST(LineCommandsTest, ListAndRange_ReportThePositionOfBadInput) {
         {{L"range"}, "99999999999", "line 1, offset 0: expected a number from 0 to 2147483647, found \"99999999999\""},
         {{L"range"},
          "1-2,5--1",
-         "line 1, offset 0: expected a list of ranges of numbers without a sign, found \"1-2,5--1\""},
+         "line 1, offset 0: expected a list of ranges without negative numbers, found \"1-2,5--1\""},
         {{L"range"}, "-2147483648", "line 1, offset 0: expected a number from 0 to 2147483647, found \"2147483648\""},
         {{L"range"},
          "1\n1-x",

@@ -86,23 +86,24 @@ TYPED_TEST(ListParsing, Integers_AreSeparatedByWhiteSpaceOrCommas) {
 }
 
 TYPED_TEST(ListParsing, Integers_ReadEmptyItemsAsZero) {
-    for (const Row<int>& row : std::vector<Row<int>>{{"1, 2", true, {1, 0, 2}},  // the space is an empty item
-                                                     {"1 , 2", true, {1, 0, 2}},
-                                                     {"1,  ,2", true, {1, 0, 2}},
-                                                     {",5", true, {0, 5}},
-                                                     {" ,5", true, {0, 5}},
-                                                     {"1,,2", true, {1, 0, 2}},
-                                                     {"1,", true, {1}},
-                                                     {"1,,", true, {1, 0}},
-                                                     {"1, ", true, {1, 0}},
-                                                     {",", true, {0}},
-                                                     {",,", true, {0, 0}},
-                                                     {"-", true, {0}},
-                                                     {"-,5", true, {0, 5}},
-                                                     {"5-", true, {5, 0}},
-                                                     {"--1", true, {0, -1}},
-                                                     {"+-1", true, {0, -1}},
-                                                     {"- 1", true, {0, 1}}}) {
+    for (const Row<int>& row :
+         std::vector<Row<int>>{{"1, 2", true, {1, 0, 2}},  // the item between the comma and the space is empty
+                               {"1 , 2", true, {1, 0, 2}},
+                               {"1,  ,2", true, {1, 0, 2}},
+                               {",5", true, {0, 5}},
+                               {" ,5", true, {0, 5}},
+                               {"1,,2", true, {1, 0, 2}},
+                               {"1,", true, {1}},
+                               {"1,,", true, {1, 0}},
+                               {"1, ", true, {1, 0}},
+                               {",", true, {0}},
+                               {",,", true, {0, 0}},
+                               {"-", true, {0}},
+                               {"-,5", true, {0, 5}},
+                               {"5-", true, {5, 0}},
+                               {"--1", true, {0, -1}},
+                               {"+-1", true, {0, -1}},
+                               {"- 1", true, {0, 1}}}) {
         expectIntegers<TypeParam>(row);
     }
 }

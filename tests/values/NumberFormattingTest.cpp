@@ -117,7 +117,7 @@ TEST(NumberFormatting, DoubleToString_WritesZeroToNarrowBuffersForAnySize) {
     }
 }
 
-TEST(NumberFormatting, DoubleToString_SetsTheLastNarrowUnitToZeroOnlyForMagnitudesFrom0_1) {
+TEST(NumberFormatting, DoubleToString_ZeroesTheLastUnitOfANarrowBufferOnlyForMagnitudesFrom0_1) {
     for (const double value : {0.05, -1e-7}) {
         test::GuardedBuffer<char> buffer(64);
         util::doubleToString(value, buffer.data(), 64, FO_Default);
@@ -143,6 +143,7 @@ TEST(NumberFormatting, DoubleToString_TruncatesSpecialTextsAndMagnitudesFrom0_1)
     }
 }
 
+// The text is truncated first. The third digit of the exponent and the ".0" of JSON are then added if they fit.
 TEST(NumberFormatting, DoubleToString_NormalisesNarrowTextsAfterTruncation) {
     struct Cut {
         double value;

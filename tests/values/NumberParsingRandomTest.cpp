@@ -55,8 +55,8 @@ private:
     std::string blanks() { return m_random.from(" \t\n\r\xA0", m_random.oneIn(4) ? m_random.below(3) : 0); }
     std::string digits() { return m_random.digits(m_random.oneIn(4) ? m_random.below(41) : m_random.below(9)); }
 
-    /// Usually a number up to 600, which is often beyond the range of doubles. Sometimes such a number after zeros,
-    /// only zeros, random digits, no digits, or a number near a multiple of 2 to the power of 31.
+    /// Usually a number up to 600, which is often beyond the range of doubles. Sometimes one of these: zeros and then
+    /// such a number; only zeros; random digits; no digits; a number near a multiple of 2^31.
     std::string exponent() {
         switch (m_random.below(12)) {
         case 0: return digits();
