@@ -37,7 +37,7 @@ protected:
             throw BadInput{0, L"expected ranges of numbers (\"1-5,7,9-\"): " + std::wstring(e.what())};
         }
         if (hasNegative(line)) {
-            reject(line, L"a list of ranges of numbers without a sign");
+            reject(line, L"a list of ranges without negative numbers");
         }
         checkAllFit(line, {.least = 0, .most = 2147483647, .hasSigns = false}, L"a number from 0 to 2147483647");
         for (unsigned int index = 0; index < m_starts.size(); ++index) {
@@ -64,8 +64,8 @@ constexpr Command kCommand = {
                .options = kOptions,
                .operands = kInputOperand,
                .maxOperands = 1,
-               .details = L"A range is 2-5, 7 (the same as 7-7), or 9- or -9 with an open end. Numbers have no\n"
-                          L"sign and are at most 2147483647.\n"
+               .details = L"A range has one of these forms: 2-5; 7, which is the same as 7-7; 9-, which has no\n"
+                          L"end; -9, which has no start. Numbers are not negative and are at most 2147483647.\n"
                           L"\n"
                           L"  vorelconv range --text \"1-5, 7\"      1-5, then 7-7 on the next line"},
     .run = run};
