@@ -67,4 +67,4 @@ write_script(broken-g++ "exit 1")
 refused(broken-g++ "does not run")
 write_script(other-runtime-g++
     "case \"$1\" in -dumpmachine) echo x86_64-w64-mingw32;; -dumpspecs) echo '-lcrtdll';; *) cat;; esac")
-refused(other-runtime-g++ "links neither the universal C runtime nor -lmsvcrt, which this toolchain file could replace")
+refused(other-runtime-g++ "does not link the universal C runtime, and its specs do not contain -lmsvcrt")

@@ -5,10 +5,13 @@
 
 set(FOLDER "${WORK}/für alle")
 
+# run(<what> <command>...): prints the output of the command only if the command fails, because the list of installed
+# files alone is so long that it hides a later error.
 function(run what)
     message(STATUS "${what}")
-    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
     if(NOT result EQUAL 0)
+        message(NOTICE "${output}")
         message(FATAL_ERROR "${what} failed: ${result}")
     endif()
 endfunction()
