@@ -78,14 +78,22 @@ std::size_t Input::read(char* buffer, std::size_t size) {
     return count;
 }
 
-/// Reads one line, or the next 1,024 units of a longer line. Then returns its first bytes; `m_pending` keeps the
-/// others. If nothing is read, or the units begin with control-Z, the input ends.
+/// Reads up to 1,025 units of one line. Then returns the first bytes; `m_pending` keeps the others. If nothing is read,
+/// or the units begin with control-Z, the input ends.
 std::size_t Input::readConsole(char* buffer, std::size_t size) {
     constexpr wchar_t kControlZ = 0x1A;
-    wchar_t line[1024];
+    wchar_t line[1025];
     DWORD units = 0;
-    if (!ReadConsoleW(m_handle, line, static_cast<DWORD>(std::size(line)), &units, nullptr)) {
-        throw tools::systemFailure(m_name, L"cannot be read");
+    const auto readMore = [&](std::size_t maxUnits) {
+        DWORD count = 0;
+        if (!ReadConsoleW(m_handle, line + units, static_cast<DWORD>(maxUnits), &count, nullptr)) {
+            throw tools::systemFailure(m_name, L"cannot be read");
+        }
+        units += count;
+    };
+    readMore(std::size(line) - 1);
+    if (units != 0 && IS_HIGH_SURROGATE(line[units - 1])) {  // a line ends with a line feed, so it has another unit
+        readMore(1);
     }
     if (units == 0 || line[0] == kControlZ) {
         return 0;
