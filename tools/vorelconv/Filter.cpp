@@ -39,8 +39,8 @@ public:
     [[nodiscard]] bool isLast() const { return m_ended; }
     [[nodiscard]] std::uint64_t offset() const { return m_offset; }
 
-    /// Removes the first `count` bytes. If `count` is 0 and the input has not ended, doubles the buffer instead.
-    /// \throws tools::Failure if the buffer already has kMaxBytes.
+    /// Removes the first `count` bytes. If `count` is 0 and the input has not ended, enlarges the buffer instead.
+    /// \throws tools::Failure if the buffer already has more than kMaxBytes.
     void drop(std::size_t count) {
         m_line += lineFeeds(count);
         m_offset += count;
@@ -66,11 +66,13 @@ private:
     }
 
     void grow() {
-        if (m_buffer.size() >= kMaxBytes) {
+        if (m_buffer.size() > kMaxBytes) {
             reject({0, L"this line has more than " + std::to_wstring(kMaxBytes) +
                            L" bytes; every line must fit into memory"});
         }
-        m_buffer.resize(2 * m_buffer.size());
+        const std::size_t doubled = 2 * m_buffer.size();
+        // One byte more than kMaxBytes, because a line of kMaxBytes is not too long.
+        m_buffer.resize(doubled < kMaxBytes ? doubled : kMaxBytes + 1);
     }
 
     Input& m_input;
@@ -107,7 +109,7 @@ void runFilter(const tools::Arguments& arguments, Filter& filter) {
     Input input(arguments);
     Output output(arguments);
     try {
-        Progress progress(input.size(), !arguments.has(L"output"));
+        Progress progress(input.size(), output.isStandardOutput());
         convertAll(input, filter, output, progress);
         input.close();
         output.commit();

@@ -1,5 +1,6 @@
 /// \file
-/// Conversion of byte streams, block by block. Only one block and its result are in memory.
+/// Conversion of byte streams, block by block. Only one block and its result are in memory, unless a filter collects
+/// all lines (sort, list --join).
 #pragma once
 
 #include <cstddef>
@@ -34,10 +35,10 @@ public:
 
 /// Converts the input of a command with `filter`, and writes the result to the output of the command.
 /// \throws tools::Failure if the input is invalid or cannot be read, if `filter` cannot convert any byte of a block of
-///         1 GiB, if the output cannot be written, or after an interrupt. For a BadInput, the message contains the name
-///         of the input and the position: "names.txt: line 3, offset 57: …" (lines are counted from 1, byte offsets
-///         from 0). tools::UsageError if --text and a file are given. tools::OutputClosed if the reader of the output
-///         has closed the pipe.
+///         more than 1 GiB, if the output cannot be written, or after an interrupt. For a BadInput, the message
+///         contains the name of the input and the position: "names.txt: line 3, offset 57: …" (lines are counted from
+///         1, byte offsets from 0). tools::UsageError if --text and a file are given. tools::OutputClosed if the reader
+///         of the output has closed the pipe.
 void runFilter(const tools::Arguments& arguments, Filter& filter);
 
 /// The part of a block of UTF-8 that can be converted without the next block: everything except a truncated sequence at

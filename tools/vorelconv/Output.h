@@ -28,6 +28,8 @@ public:
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
+    [[nodiscard]] bool isStandardOutput() const noexcept { return m_target.empty(); }
+
     /// \throws tools::OutputClosed if the reader has closed the pipe; tools::Failure if the bytes cannot be written.
     void write(std::string_view bytes);
 
@@ -35,9 +37,9 @@ public:
     /// \throws tools::Failure if the file cannot be written or replaced.
     void commit();
 
-    /// Abandons the output and removes the temporary file. Returns a message that begins with a line feed if the file
-    /// cannot be removed, or if bytes were already written to standard output or a device. Otherwise returns an empty
-    /// string.
+    /// Abandons the output and removes the temporary file. If this file cannot be removed, or if bytes were already
+    /// written to standard output or a device, returns a message, which begins with a line feed. Otherwise returns an
+    /// empty string.
     std::wstring abandon();
 
 private:
@@ -45,7 +47,7 @@ private:
     void openUnfinished();
 
     std::wstring m_name;        // the name of the output in messages
-    std::wstring m_target;      // path of the finished file; if the file exists, with all links resolved
+    std::wstring m_target;      // path of the finished file, with all links resolved if it exists; empty if none
     std::wstring m_unfinished;  // path of the temporary file; empty if there is none
     tools::OwnedHandle m_file;
     std::uint64_t m_written = 0;
