@@ -1,6 +1,7 @@
 // Parses lists, splits and joins strings, and appends numbers to strings, with a failing heap. The other functions of
 // include/vorel/values do not allocate memory.
 
+#include <cstring>
 #include <string>
 #include <typeinfo>
 #include <vector>
@@ -143,6 +144,34 @@ void readList(Attempt& attempt, bool (*read)(const T*, Array<Value>&, bool), boo
     EXPECT_TRUE(result || attempt.logged()[0].starts_with("Vorel Error: No more memory is available: "));
 }
 
+/// Reads a text in the memory of the array's elements. The text is copied first. If the copy fails, an array to which
+/// the call appends keeps its elements, and an array that the call replaces becomes empty.
+template <bool Append>
+void readOwnMemory(Attempt& attempt) {
+    const wchar_t text[] = L"4 5 6 7";
+    int elements[4];
+    static_assert(sizeof text == sizeof elements);
+    std::memcpy(elements, text, sizeof text);
+    Array<int> values;
+    for (const int element : elements) {
+        values.append(element);
+    }
+    bool result = false;
+    attempt.perform(
+        [&] { result = util::stringToIntegerArray(reinterpret_cast<const wchar_t*>(&values[0]), values, Append); });
+    attempt.expectCompleted();
+    EXPECT_EQ(result, !attempt.allocationFailed());
+    if constexpr (Append) {
+        EXPECT_TRUE(result ? values.size() == 8 : values.size() == 4 || values.size() == 5) << values.size();
+        EXPECT_EQ(std::memcmp(&values[0], text, sizeof text), 0);
+    } else {
+        ASSERT_EQ(values.size(), result ? 4u : 0u);
+        EXPECT_TRUE(!result || (values[0] == 4 && values[3] == 7));
+    }
+    const heap::Unwatched unwatched;
+    EXPECT_EQ(attempt.logged().size(), result ? 0u : 1u);
+}
+
 template <class T, bool Append>
 void readIntegers(Attempt& attempt) {
     readList<int, T>(attempt, &util::stringToIntegerArray, Append);
@@ -205,6 +234,8 @@ const std::vector<Operation>& operations() {
         {"ReadIntegers_Narrow", readIntegers<char, false>},
         {"ReadIntegers_Wide", readIntegers<wchar_t, false>},
         {"ReadIntegers_Append", readIntegers<wchar_t, true>},
+        {"ReadIntegers_OwnMemory", readOwnMemory<false>},
+        {"ReadIntegers_AppendOwnMemory", readOwnMemory<true>},
         {"ReadUnsigned", readUnsigned},
         {"ReadDoubles_Narrow", readDoubles<char>},
         {"ReadDoubles_Wide", readDoubles<wchar_t>},

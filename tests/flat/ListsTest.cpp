@@ -26,7 +26,7 @@ bool isUntouched(const Value& value) {
     return std::all_of(bytes, bytes + sizeof value, [](unsigned char byte) { return byte == 0; });
 }
 
-/// Parses a list, and checks the call with every capacity.
+/// Parses a list, and checks the call with every capacity that is too small, the exact capacity and one more.
 template <class Value>
 std::vector<Value> valuesOf(vorel_status (*parse)(const vorel_char16*, size_t, Value*, size_t, size_t*),
                             std::wstring_view text) {
@@ -41,10 +41,14 @@ std::vector<Value> valuesOf(vorel_status (*parse)(const vorel_char16*, size_t, V
         EXPECT_EQ(count, needed);
         EXPECT_TRUE(std::all_of(values.begin(), values.end(), isUntouched<Value>));
     }
-    std::size_t count = 4711;
-    EXPECT_EQ(parse(input.data(), input.size(), values.data(), needed + 1, &count), VOREL_OK);
-    EXPECT_EQ(count, needed);
-    EXPECT_TRUE(isUntouched(values.back())) << "nothing may be written after the list";
+    std::size_t count = 0;
+    for (std::size_t capacity = needed; capacity <= needed + 1; ++capacity) {
+        values.assign(needed + 1, Value{});
+        count = 4711;
+        EXPECT_EQ(parse(input.data(), input.size(), values.data(), capacity, &count), VOREL_OK);
+        EXPECT_EQ(count, needed);
+        EXPECT_TRUE(isUntouched(values.back())) << "nothing may be written after the list";
+    }
     EXPECT_EQ(parse(input.data(), input.size(), values.data(), needed, nullptr), VOREL_ERROR_INVALID_ARGUMENT);
     EXPECT_EQ(parse(input.data(), input.size(), nullptr, 1, &count), VOREL_ERROR_INVALID_ARGUMENT);
     values.pop_back();
