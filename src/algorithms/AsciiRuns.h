@@ -29,7 +29,8 @@ struct AsciiBlock {
           stops(static_cast<unsigned int>(
               _mm_movemask_epi8(_mm_or_si128(block, _mm_cmpeq_epi8(block, _mm_setzero_si128()))))) {}
 
-    /// The saturated packing of units keeps 0x01 to 0x7F and turns every other unit into 0x00 or a byte from 0x80 on.
+    /// Packs units to bytes with saturation. 0x01 to 0x7F stay as they are; every other unit becomes 0x00 or a byte
+    /// from 0x80 on, so it also ends a run.
     static AsciiBlock load(const WideUnit* from) noexcept { return AsciiBlock(loadBlock(from)); }
     static AsciiBlock load(const char* from) noexcept { return AsciiBlock(loadBlock(from)); }
     static AsciiBlock load(const unsigned char* from) noexcept { return load(reinterpret_cast<const char*>(from)); }

@@ -17,8 +17,8 @@ namespace vorel::algorithms {
 /// Table value of a character that has no Base64 value.
 inline constexpr int kInvalidBase64 = -128;
 
-/// Encodes each group of three among `count` bytes as four characters. If the last group is incomplete, fills it with
-/// `pad`. `alphabet` has the characters of Base64. Returns the end of the text.
+/// Encodes `count` bytes: every three bytes become four characters. If one or two bytes remain, `pad` completes the
+/// last four characters. `alphabet` has the characters of Base64. Returns the end of the text.
 template <class T>
 T* encodeBase64(const unsigned char* bytes, std::size_t count, const char* alphabet, char pad, T* out) noexcept {
     out = encodeAllGroups(bytes, count, {alphabet, SextetOrder::Base64}, out);
@@ -102,10 +102,10 @@ Base64End parseBase64Group(const T*& cursor, const int* table, char pad, unsigne
 inline constexpr std::size_t kBase64BlockGroups = kSextetBlockCharacters / 4;
 inline constexpr std::size_t kBase64Overhang = 8;  // zeros that AVX2 writes past the output of the last block
 
-/// With AVX2: decodes at most `blocks` blocks of 32 characters. Stops at the first character without a value, and at a
-/// block that may extend into a page after the end of the text. Returns the number of decoded groups of four
-/// characters. After the bytes of these groups, only zeros are written, up to eight bytes past the output of `blocks`
-/// blocks. The text ends with a zero and may be shorter than a block.
+/// With AVX2: decodes at most `blocks` blocks of 32 characters. Stops before the first group of four characters that
+/// has a character outside the alphabet, such as padding, and before a block that may extend into a page after the end
+/// of the text. Returns the number of decoded groups. May write zeros after their bytes; they end at most eight bytes
+/// after the space for the bytes of `blocks` blocks. The text ends with a zero and may be shorter than a block.
 std::size_t decodeBase64Avx2(const char* text, std::size_t blocks, unsigned char* out) noexcept;
 std::size_t decodeBase64Avx2(const WideUnit* text, std::size_t blocks, unsigned char* out) noexcept;
 
@@ -118,11 +118,11 @@ struct Base64Step {
 /// Output capacity that a step needs, in bytes.
 inline constexpr std::size_t kBase64StepCapacity = kSextetBlockBytes + kBase64Overhang;
 
-/// Decodes text from `cursor` on: at least one block (24 bytes), unless the decoder stops for a reason of `Base64End`.
-/// Moves `cursor` past the characters read. If the decoder does not stop, the step writes a multiple of 24 bytes. Zeros
-/// may be written after the decoded bytes. `capacity` is the size of `out` in bytes, at least `kBase64StepCapacity`.
-/// The text ends with a zero. `table` holds the Base64 value of each of the 256 characters: 0 for `pad`, and
-/// `kInvalidBase64` for characters without a value.
+/// Decodes text from `cursor` on. Writes at least one block (24 bytes), unless the decoder stops; then `end` is the
+/// reason. Moves `cursor` past the characters read. If the decoder does not stop, the step writes a multiple of 24
+/// bytes. Zeros may be written after the decoded bytes. `capacity` is the size of `out` in bytes, at least
+/// `kBase64StepCapacity`. The text ends with a zero. `table` holds the Base64 value of each of the 256 characters: 0
+/// for `pad`, and `kInvalidBase64` for characters without a value.
 template <class T>
 Base64Step decodeBase64Step(const T*& cursor, const int* table, char pad, unsigned char* out,
                             std::size_t capacity) noexcept {

@@ -87,8 +87,9 @@ VOREL_ALWAYS_INLINE std::uint64_t valueOfDigits(const T* position, std::uint64_t
 template <class T>
 VOREL_ALWAYS_INLINE std::uint64_t valueAcrossPoint(const T* position, std::uint64_t whole,
                                                    std::uint64_t fraction) noexcept {
-    // The digits are loaded twice, because the point must be left out. `fractionAtEnd` ends after the last digit.
-    // `wholeInPlace` begins one character earlier, so the digits before the point are directly before the fraction.
+    // The digits are loaded twice, because the point must be left out. `fractionAtEnd` ends with the last digit.
+    // `wholeInPlace` begins one character earlier, so each character is one byte further towards its end. There, the
+    // last digit before the point is directly before the first byte of the fraction in `fractionAtEnd`.
     const T* const lastBlock = position + whole + fraction - kDigitBlock;
     const __m128i fractionAtEnd = loadBlock(lastBlock + 1);
     const __m128i wholeInPlace = loadBlock(lastBlock);

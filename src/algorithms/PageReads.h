@@ -1,5 +1,5 @@
 /// \file
-/// The rule for reads in blocks, and a function that finds the length of a text in blocks. A read may extend past
+/// The rule for reads in blocks, and a function that reads a text in blocks to find its length. A read may extend past
 /// either end of a text if it stays in a page that contains a part of the text, because such a read does not fault.
 ///
 /// The functions of the rule are static, because otherwise the rest of the program could call a copy that was compiled

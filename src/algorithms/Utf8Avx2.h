@@ -22,7 +22,7 @@ struct Progress {
     unsigned int written;
 };
 
-/// Whether whole vectors may be stored past the written units.
+/// Whether the function may store whole vectors, and so overwrite units of the output after the decoded text.
 enum class Overwrite { Allowed, Forbidden };
 
 /// Decodes well-formed text from `bytes`, up to a zero, a byte above 0xF0, or an ill-formed part. Reads at most `left`
@@ -32,8 +32,9 @@ Progress decodeUtf8Avx2(const unsigned char* bytes, std::size_t left, void* out,
                         Overwrite overwrite) noexcept;
 
 /// Encodes 16-bit units from `units`, up to a zero. Reads at most `left` units of text and writes at most `capacity`
-/// bytes. Within the capacity, whole vectors may be stored past the encoded bytes. If `paired` is true, surrogates are
-/// read in pairs, and an unpaired surrogate stops the conversion. Otherwise each surrogate is encoded separately.
+/// bytes. Within the capacity, whole vectors may be stored, which overwrite bytes after the encoded text. If `paired`
+/// is true, surrogates are read in pairs, and an unpaired surrogate stops the conversion. Otherwise each surrogate is
+/// encoded separately.
 Progress encodeUtf8Avx2(const void* units, std::size_t left, unsigned char* out, std::size_t capacity,
                         bool paired) noexcept;
 
@@ -120,7 +121,8 @@ static inline unsigned int bytesFrom(unsigned char first, __m256i block) noexcep
 /// Whether the text certainly continues in the next page. This is so if the `left` bytes that are left in the text do
 /// not all lie in this page, and if the rest of this page has no zero, no byte above 0xF0, and no missing or surplus
 /// trailing byte. Otherwise the result is false, because the next page may not be readable. The page of `bytes` must
-/// have fewer than 32 bytes left. `expected` has a bit for each of the next bytes that must be a trailing byte.
+/// have fewer than 32 bytes left. If a character began before `bytes`, `expected` has a bit for each of its trailing
+/// bytes from `bytes` on.
 [[maybe_unused]] VOREL_NOINLINE static bool continuesInNextPage(const unsigned char* bytes, std::size_t left,
                                                                 unsigned int expected) noexcept {
     const auto rest = static_cast<unsigned int>(kPageBytes - offsetInPage(bytes));

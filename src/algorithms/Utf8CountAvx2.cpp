@@ -183,7 +183,7 @@ private:
 struct CountedBytes {
     std::size_t bytes;
     std::size_t units;
-    bool stopped;  // whether counting stopped before a block of this page
+    bool stopped;  // whether a block of this page stopped the counting
 };
 
 /// Counts the units that the blocks in one page decode to. Stops before the first block that `DecodedCount::add` would
@@ -325,7 +325,7 @@ Progress countDecodedAvx2(const unsigned char* bytes, std::size_t left) noexcept
 struct CountedUnits {
     std::size_t units;
     std::size_t bytes;
-    bool stopped;  // whether counting stopped before a pair of blocks of this page
+    bool stopped;  // whether two blocks of this page stopped the counting
 };
 
 /// Whether `countPage` stops at surrogates, or counts surrogate pairs.

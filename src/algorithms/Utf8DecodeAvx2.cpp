@@ -60,8 +60,9 @@ struct Decoding {
     unsigned int thirds;
 };
 
-/// Decodes thirty-two bytes that contain only characters of one or two bytes. `trailing` has a bit for each trailing
-/// byte among these bytes, and for the byte after them if that byte must be a trailing byte.
+/// Decodes thirty-two bytes: the rest of the incomplete character, if there is one, and characters of one or two bytes.
+/// `trailing` has a bit for each trailing byte among these bytes, and for the byte after them if that byte must be a
+/// trailing byte.
 VOREL_ALWAYS_INLINE void decodeUpToTwo(Decoding& at, std::uint64_t trailing, const Constants& k) noexcept {
     const auto half = [&](unsigned int first) {
         const auto load = [](const unsigned char* lower, const unsigned char* upper) {
@@ -99,9 +100,10 @@ VOREL_ALWAYS_INLINE void decodeThrees(Decoding& at, const Constants& k) noexcept
     at.out += 16;
 }
 
-/// Decodes the characters in a block, up to a zero, a byte above 0xF0, or the end of the text. `left` is the number of
-/// bytes left in the text. Returns false and decodes nothing if there are no such characters, or if one of them is
-/// ill-formed or truncated.
+/// Decodes the characters in a block, up to a zero or the end of the text. `left` is the number of bytes left in the
+/// text. Returns false and decodes nothing if there are no such characters, if one of them is ill-formed or truncated,
+/// if the block contains a byte above 0xF0, or if a byte from 0xC0 on follows the zero or the end of the text in the
+/// block.
 VOREL_ALWAYS_INLINE bool decodeBlock(Decoding& at, std::size_t left, const Constants& k) noexcept {
     const Bytes found(loadBytes(at.bytes), k);
     const unsigned int size = atMost(lowestBit(found.zeros | found.others | 1u << kBytes), left);
@@ -140,8 +142,9 @@ VOREL_ALWAYS_INLINE void decodeAscii(Decoding& at, const unsigned char* end) noe
 
 /// Decodes text while at least a double block is left before `end`, up to a zero, a byte above 0xF0, or an ill-formed
 /// part. `end` lies in the page of `at.bytes`. An aligned double block lies in one page. So if `at.bytes` is aligned,
-/// double blocks of ASCII are also decoded past `end`, up to `last`. `last` is the end of the text or of the capacity.
-/// A stop at every page border would cost a mispredicted branch.
+/// double blocks of ASCII are also decoded past `end`, up to `last`. A stop at every page border would cost a
+/// mispredicted branch. `last` must not be past the end of the text, and the output must have space for one unit for
+/// each byte before `last`.
 VOREL_ALWAYS_INLINE void decodeWhole(Decoding& at, const unsigned char* end, const unsigned char* last,
                                      const Constants& k) noexcept {
     constexpr unsigned int kLeadsOfThrees = 0x249249;

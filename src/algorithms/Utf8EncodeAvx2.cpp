@@ -301,11 +301,11 @@ VOREL_ALWAYS_INLINE bool hasNoZeroInPage(const unsigned char* units) noexcept {
     return zeros >> before == 0;
 }
 
-/// Encodes units below 0x800 at the start of a text, in pairs of blocks, at most up to the end of the second page. Then
-/// encodes the ASCII at the start of the next pair of blocks, and writes zeros after this ASCII, if the text ends or
-/// probably ends in this pair. The text ends in the pair if fewer than two blocks of it are left. The text probably
-/// ends in the pair if the pair contains no unit from 0x80 to 0x7FFF. If this pair does not lie in one page, or if the
-/// output has space for fewer than `kPairUnits` bytes, nothing of the pair is encoded.
+/// Encodes units below 0x800 at the start of a text, in pairs of blocks, at most up to the end of the second page.
+/// Then, if the text ends or probably ends in the next pair of blocks, encodes the ASCII at the start of this pair and
+/// writes zeros after this ASCII. The text ends in the pair if fewer than two blocks of the text are left. The text
+/// probably ends in the pair if the pair contains no unit from 0x80 to 0x7FFF. If the pair does not lie in one page, or
+/// if the output has space for fewer than `kPairUnits` bytes, nothing of the pair is encoded.
 VOREL_ALWAYS_INLINE Progress encodeShortStart(const unsigned char* units, std::size_t left, unsigned char* out,
                                               std::size_t capacity) noexcept {
     const Constants& k = hidden(kConstants);
