@@ -186,7 +186,7 @@ bool logWriters(Growth& growth) {
                     {1, 2, 4, 8, 16},
                     0,
                     writersOf(kOurs, missingLines),
-                    "one open, lock and write",
+                    "open, lock and write each line",
                     writersOf(kBare, missingLines),
                     Clock::Elapsed});
     if (missingLines != 0) {

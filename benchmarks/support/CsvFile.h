@@ -27,8 +27,8 @@ inline std::string csvField(double value) {
     return text;
 }
 
-/// Joins at least one field to a line. The fields are written unchanged, so `csvField` must have quoted those fields
-/// that need quotes.
+/// Joins the fields, with commas between them, to a line. There must be at least one field. The fields are written
+/// unchanged, so `csvField` must have quoted those fields that need quotes.
 inline std::string csvLine(const std::vector<std::string>& fields) {
     std::string line;
     for (const std::string& field : fields) {

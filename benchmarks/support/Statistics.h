@@ -22,8 +22,8 @@ inline double median(const std::vector<double>& samples) {
     return quantile(samples, 0.5);
 }
 
-/// The spread of the ratios `peer` / `ours` of single rounds: their interquartile range divided by their median. Both
-/// must have the same number of samples, at least one.
+/// The spread of the ratios `peer` / `ours` of single rounds: the interquartile range of the ratios divided by their
+/// median. `ours` and `peer` must have the same number of samples, at least one.
 inline double spreadOfRatios(const std::vector<double>& ours, const std::vector<double>& peer) {
     std::vector<double> ratios(ours.size());
     for (std::size_t round = 0; round != ratios.size(); ++round) {

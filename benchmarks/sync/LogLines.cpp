@@ -100,8 +100,8 @@ void logLines(Family& family) {
     vorel::Exception::SetErrorLogLocation(logPath.c_str(), 1000000000);
     const BareCalls bare(barePath);
     const std::vector<Peer> peers = {
-        {"one open, with a stream", lines([&] { return bare.writeToStream(); })},
-        {"one open, with a descriptor", lines([&] { return bare.writeToDescriptor(); })},
+        {"stream, opened for each line", lines([&] { return bare.writeToStream(); })},
+        {"descriptor, opened for each line", lines([&] { return bare.writeToDescriptor(); })},
     };
     family.compare("a line of the error log", kLines, lines([] {
                        vorel::Exception::warn("%s", kText);

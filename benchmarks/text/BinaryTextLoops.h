@@ -52,9 +52,9 @@ static inline std::size_t encodeBase64(const unsigned char* bytes, std::size_t c
     return static_cast<std::size_t>(out - start);
 }
 
-/// Decodes `length` characters; `length` must be a multiple of four. Stops before a group of four characters that
-/// contains an invalid character, and after a group that ends in '='. Returns the number of bytes decoded. A group
-/// that ends in "==" has one byte, but two bytes are written.
+/// Decodes `length` characters; `length` must be a multiple of four. Uses only the low byte of a wide character. Stops
+/// before a group of four characters that contains an invalid character, and after a group that ends in '='. Returns
+/// the number of bytes decoded. A group that ends in "==" has one byte, but two bytes are written.
 template <class T>
 static inline std::size_t decodeBase64(const T* text, std::size_t length, unsigned char* out) {
     const unsigned char* const start = out;

@@ -63,9 +63,10 @@ const std::array<Window, 4096> kWindows = makeWindows();
 
 /// Finds errors with three table lookups for each byte. The indexes are the upper half of the previous byte, the lower
 /// half of the previous byte, and the upper half of the byte itself. Each bit of the results represents one kind of
-/// error. If a bit is set in all three results, the two bytes contain this error. The bit kTwoTrailing is different: it
-/// means that both bytes are trailing bytes. It must be set for the third byte of a sequence of three or four bytes,
-/// and for the fourth byte of a sequence. For any other byte, it is an error.
+/// error; only kTooLarge1000 and kOverlong4 share a bit. If a bit is set in all three results, the two bytes contain
+/// this error. The bit kTwoTrailing is different: it means that both bytes are trailing bytes. It must be set for the
+/// third byte of a sequence of three or four bytes, and for the fourth byte of a sequence. For any other byte, it is an
+/// error.
 class Validator {
 public:
     void check(__m256i input) {

@@ -99,7 +99,8 @@ char* writeUpToThree(__m256i units, __m256i isAscii, __m256i isShort, char* out)
 }
 
 /// Converts the units from `unit` to `end`, one character at a time. A surrogate pair that begins before `end` is
-/// converted completely. Returns null if a surrogate is not part of a pair.
+/// converted completely. Moves `unit` past the converted units, and returns the end of the output. Returns null if a
+/// surrogate is not part of a pair.
 char* convertUnits(const char16_t*& unit, const char16_t* end, const char16_t* textEnd, char* out) {
     while (unit < end) {
         std::uint32_t code = *unit++;
