@@ -3,8 +3,8 @@
 #
 #   OBJDUMP, DLLTOOL: the programs; DLL: the library; OUTPUT: the path of both files without extension
 #
-# The import library has only the functions of the flat interface, whose names begin with `vorel_`. They have C linkage.
-# C++ names and classes differ between compilers.
+# The import library has only the functions of the flat interface, which have C linkage and names that begin with
+# `vorel_`. It has no C++ names, because they differ between compilers.
 
 execute_process(COMMAND "${OBJDUMP}" -p "${DLL}" OUTPUT_VARIABLE tables COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "\n[^\n]*\\[ *[0-9]+\\][^\n]* vorel_[a-z0-9_]+" lines "${tables}")

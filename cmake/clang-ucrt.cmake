@@ -1,5 +1,5 @@
-# Toolchain: clang and lld with the headers and libraries of Debian's mingw-w64 (libstdc++ of GCC, posix threads) and the
-# universal C runtime. Programs compiled by clang and by GCC can use the same vorelCore.dll.
+# Toolchain: clang and lld with the headers and libraries of Debian's mingw-w64 (libstdc++ of GCC, posix threads) and
+# the universal C runtime. Programs compiled by clang and by GCC can use the same vorelCore.dll.
 
 include("${CMAKE_CURRENT_LIST_DIR}/ucrt-target.cmake")
 
