@@ -1,7 +1,8 @@
 /// \file
-/// Templates that run the body of an operation and handle its exceptions ("the frame"), and functions that throw the
-/// failures of the core templates. The functions that are not templates are only declared here, so that the core
-/// headers include nothing from the layers above. The sources of the exception classes define these functions.
+/// Templates that run the body of an operation and handle its exceptions (these templates are called "the frame"), and
+/// functions that throw the failures of the core templates. The functions that are not templates are only declared
+/// here, so that the core headers include nothing from the layers above. The sources of the exception classes define
+/// these functions.
 ///
 ///     return detail::runRethrowing(L"vorel::util", L"gmtime", [&] { ... });
 ///
