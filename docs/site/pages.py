@@ -55,8 +55,8 @@ def target(page, root, link):
 
 
 def code(text):
-    """Code in backticks for Doxygen. Double backticks enclose code with an apostrophe, because Doxygen ends code in single
-    backticks at an apostrophe."""
+    """Code in backticks for Doxygen. Double backticks enclose code with an apostrophe, because Doxygen ends code in
+    single backticks at an apostrophe."""
     return f"``{text}``" if "'" in text else f"`{text}`"
 
 
