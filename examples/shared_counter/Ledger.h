@@ -1,6 +1,7 @@
 /// \file
 /// The state that the processes share: a mapped file, a mutex that guards the file, and two conditions. One condition
-/// is signalled when a process has finished, the other condition when the victim holds the mutex.
+/// is signalled when a process has finished, the other condition when the victim (the process that the parent kills)
+/// holds the mutex.
 #pragma once
 
 #include <memory>

@@ -1,6 +1,6 @@
 /// \file
-/// The work of one process: it converts every line of its files to wide text and back. If a line differs afterwards, an
-/// exception passes through three functions. Each function adds a record to the exception:
+/// The work of one process: it converts every line of its files to wide text and back. If a line cannot be converted,
+/// or differs afterwards, an exception passes through three functions. Each function writes a record to the log:
 ///
 ///     convertAndCompare   rethrowClass      "Line::convertAndCompare: Vorel exception rethrown"
 ///     checkLine           rethrowGeneric    "README.md, line 12: Vorel exception rethrown"

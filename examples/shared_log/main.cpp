@@ -8,8 +8,8 @@
 /// report, which the parent compares with the log. The parent then prints a summary.
 ///
 /// The exit code is 1 if a line of the log is torn, if the log does not match the reports, or if the program or a copy
-/// failed. It is also 1 if the damaged lines that a copy found differ from the lines that the file declares, or from
-/// the lines that another copy found. It is 2 if a file cannot be read; see README.md.
+/// failed. A file may declare its damaged lines (see README.md). The exit code is also 1 if a copy found other damaged
+/// lines than the file declares or than another copy found. It is 2 if a file cannot be read.
 ///
 /// `--limit` is the size above which the log is moved to its backup. With a small limit, the oldest records are lost.
 

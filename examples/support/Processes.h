@@ -46,7 +46,8 @@ private:
 /// \throws vorel::Win32Exception if the process cannot be started.
 Handle startProcess(const std::string& program, const std::vector<std::string>& arguments);
 
-/// Waits for the end of a process and returns its exit code. Terminates the process with exit code 1 after 120 seconds.
+/// Waits for the end of a process and returns its exit code. If the process has not ended after 120 seconds, terminates
+/// it with exit code 1.
 unsigned long exitCodeOf(const Handle& process);
 
 }  // namespace examples
