@@ -130,7 +130,7 @@ void moveIfLarger(const char* path, long long limit) noexcept {
         return;
     }
     LogFile file(path, LogFile::Mode::Inspect);
-    // If another writer has locked the file, the check is left to the next line.
+    // If another writer has locked the file, the size is checked when the next line is logged.
     if (file.isOpen() && file.tryLock() && file.isLargerThan(limit)) {
         moveToBackup(file, path);
     }
@@ -206,7 +206,8 @@ void Exception::SetErrorLogLocation(const char* path, long long size) noexcept {
             CurrentLogSize = size;
         }
         detail::LogPath::write(path);
-        // Without this object, the handler would stay installed after the module is unloaded.
+        // The destructor of this object removes the handler. Without the object, during load and unload, the handler
+        // would stay installed after the module is unloaded.
         if (detail::currentInvalidParameterHandler.get()) {
             detail::installInvalidParameterHandler(&Invalid_Parameter_Handler);
         }

@@ -12,8 +12,8 @@ using InvalidParameterHandler = void(__cdecl*)(const wchar_t* expression, const 
                                                unsigned int line, std::uintptr_t reserved);
 
 /// Installs `handler` as the runtime's invalid-parameter handler if the runtime has none; never replaces another
-/// handler. The caller holds the log-settings lock and always passes the same handler. A call with a handler other than
-/// that of the first call does nothing.
+/// handler. The caller must hold the log-settings lock. Only the handler of the first call is ever installed; a call
+/// with another handler does nothing.
 void installInvalidParameterHandler(InvalidParameterHandler handler) noexcept;
 
 /// The number of times that the handler was installed or found installed, minus the number of removals.

@@ -11,7 +11,7 @@
 
 namespace vorel::detail {
 
-/// A line is usually one piece: a short line is rendered on the stack, a long line on the heap. A line that may exceed
+/// A line is usually one piece: a short line is rendered on the stack, a long line on the heap. A line of more than
 /// 16 MiB is rendered in several pieces. If the heap allocation fails, a long line is rendered on the stack in several
 /// pieces.
 class LogLine {

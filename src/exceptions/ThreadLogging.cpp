@@ -41,10 +41,10 @@ void setSilenced(detail::LogState& state, unsigned long thread, bool silenced) n
     }
 }
 
-/// The system calls this function with the id of a silenced thread when the thread ends, and when the slot is freed. If
-/// the thread has become a fiber, the value belongs to this fiber, and the system also calls the function when the
-/// fiber is deleted. The thread may continue after that, so calls on a fiber are ignored. For this reason, a thread
-/// that ends as a fiber stays in the table.
+/// The callback of the fiber-local slot, in which a silenced thread stores its id. The system calls this function with
+/// the id when the thread ends, and when the slot is freed. If the thread has become a fiber, the stored id belongs to
+/// this fiber, and the system also calls the function when the fiber is deleted. The thread may continue after that, so
+/// calls on a fiber are ignored. For this reason, a thread that ends as a fiber stays in the table.
 void CALLBACK endThread(void* id) {
     const auto thread = static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(id));
     detail::LogState* const state = detail::logState.get();

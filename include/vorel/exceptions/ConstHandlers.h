@@ -1,6 +1,6 @@
 /// \file
-/// The members of `Exception` that catch and rethrow an exception that was caught by const reference. Exception.h
-/// includes this header.
+/// The inline members of `Exception` that are too long for the class definition. They handle an exception that was
+/// caught by const reference. Exception.h includes this header.
 #pragma once
 
 #include <cstdarg>

@@ -14,9 +14,9 @@
 ///     }
 ///
 /// Creating an exception, adding messages and writing to the log never fail. If memory runs out, a text is truncated or
-/// missing. Formats are printf-style; `%ls` and `%hs` take wide and narrow text. If a format cannot be rendered, the
-/// message is "(unable to format message)". The line of a diagnostic channel then has no message and is marked as
-/// truncated.
+/// missing. Formats are printf-style; `%ls` and `%hs` take wide and narrow text. If the format of an exception's
+/// message cannot be rendered, the message is "(unable to format message)". If the format of a diagnostic channel
+/// cannot be rendered, the line has no message and is marked as truncated.
 ///
 /// An object may be used by one thread at a time. The static functions may be called from any thread at any time.
 ///
@@ -94,7 +94,7 @@ public:
     /// Adds "HRESULT: %X - %ls" with the system's text for `hr`. The prefix of the line in the log is
     /// "AddHRESULTErrorToStack: ", or "Vorel Error: " if logging is delayed. Nothing is added for 0, for E_FAIL, or for
     /// a code without a text. A code without a text is logged at once as "HR not found", even if logging is delayed.
-    /// Unless logging is delayed, the call ends with a line that has only the prefix, even if nothing was added.
+    /// Unless logging is delayed, the function finally logs a line that has only the prefix, even if nothing was added.
     void addHRESULTErrorToStack(int hr) noexcept;
 
     /// Removes all messages.
