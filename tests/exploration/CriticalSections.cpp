@@ -1,5 +1,5 @@
 /// \file
-/// The critical sections of the model. The title in quotation marks names a page of the documentation of Windows.
+/// The critical sections of the model. The comment below begins with the title of a page of the Windows documentation.
 
 #include <algorithm>
 #include <string>

@@ -228,7 +228,7 @@ TEST_F(ErrorLogExploration, OnlyALongLineOfAKilledWriterIsTorn) {
 
 // The following tests show when a line is lost although its call has returned.
 
-TEST_F(ErrorLogExploration, ALineIsLostOnlyIfTheLogStaysLocked) {
+TEST_F(ErrorLogExploration, ALockedLogLosesALineOnlyIfItStaysLocked) {
     Counts counts;
     explores<Writers>({.preemptions = 2}, Shape{.writers = 2, .hasReader = true}, std::ref(counts));
     explores<Writers>({.preemptions = 1}, withRotation({.writers = 2, .hasReader = true}), std::ref(counts));

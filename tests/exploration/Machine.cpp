@@ -282,7 +282,7 @@ bool Machine::releaseMutex(HANDLE handle) {
 }
 
 /// Gives the object to `task` if the event is signalled, or if the mutex is free or already belongs to `task`. Returns
-/// whether `task` got the object, and then sets `result` to the result of the wait.
+/// whether `task` got the object. If so, `result` is the result of the wait.
 bool Machine::take(KernelObject& object, TaskId task, DWORD& result) {
     result = WAIT_OBJECT_0;
     if (object.kind == KernelObject::Kind::Event) {
@@ -296,8 +296,8 @@ bool Machine::take(KernelObject& object, TaskId task, DWORD& result) {
     if (object.owner != kNoTask && object.owner != task) {
         return false;
     }
-    // "Mutex Objects": the first wait for an abandoned mutex returns WAIT_ABANDONED, and the thread that waited then
-    // owns the mutex.
+    // "Mutex Objects": the first wait for an abandoned mutex returns WAIT_ABANDONED, and makes the waiting thread the
+    // owner of the mutex.
     result = object.isAbandoned ? WAIT_ABANDONED : WAIT_OBJECT_0;
     m_abandonedWaits += object.isAbandoned ? 1u : 0u;
     object.isAbandoned = false;

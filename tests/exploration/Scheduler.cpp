@@ -188,7 +188,8 @@ private:
     }
 
     /// Chooses one of the options: runs a task to its next scheduling point, or kills a process. Returns false if no
-    /// option exists or the choice fails. If the task itself fails, the result is true, and `m_failure` is set.
+    /// option exists, if there were too many decisions, or if the choice fails. If the task itself fails, the result is
+    /// true, and `m_failure` is set.
     bool step() {
         const std::vector<Option> options = allOptions();
         if (options.empty()) {

@@ -62,8 +62,8 @@ public:
 struct Limits {
     static constexpr unsigned int kUnlimited = ~0u;
 
-    /// Maximum number of preemptions in one schedule: switches from a task that could continue, and some ends of time
-    /// limits and sleeps (see `Scheduler::block` and `Scheduler::sleep`).
+    /// Maximum number of preemptions in one schedule. A switch from a task that could continue is a preemption. A
+    /// timeout and the end of a sleep may count as one, too (see `Scheduler::block` and `Scheduler::sleep`).
     unsigned int preemptions = kUnlimited;
     unsigned int kills = 0;  ///< maximum number of processes that are killed in one schedule
     std::chrono::milliseconds time = std::chrono::hours(1);
@@ -82,9 +82,9 @@ struct Result {
     unsigned long long schedules = 0;
     std::size_t longest = 0;        ///< number of decisions with more than one option in the longest schedule
     bool hasFinishedLevel = false;  ///< whether all schedules with up to `preemptions` preemptions were run
-    unsigned int preemptions = 0;
-    bool isComplete = false;    ///< whether every schedule within the limits was run
-    bool isExhaustive = false;  ///< whether a higher limit on preemptions would add no schedule
+    unsigned int preemptions = 0;   ///< the highest number for which this is so
+    bool isComplete = false;        ///< whether every schedule within the limits was run
+    bool isExhaustive = false;      ///< whether a higher limit on preemptions would add no schedule
     std::optional<Failure> failure;
 };
 

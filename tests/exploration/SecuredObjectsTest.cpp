@@ -43,7 +43,8 @@ void* obtainFileMapping(bool& created) {
                                                 &created);
 }
 
-/// Whether the operation tries only once. This is by design, and its documentation tells callers to try again.
+/// Whether the operation tries to open an object only once. The documentation of such an operation tells callers to
+/// try again.
 bool triesOnce(Obtain obtain) {
     return obtain == &obtainMapping;
 }
@@ -80,8 +81,8 @@ private:
         for (const Ending ending : endings) {
             require(ending != Ending::Blocked || m_isKilled, "a process is blocked");
         }
-        // The killed process may have created the object. If the object ended with it, another process creates it
-        // again.
+        // The killed process may have created the object. If the object ended with this process, another process
+        // creates the object again.
         require(m_created == 1 || (m_isKilled && m_created <= 2),
                 std::to_string(m_created) + " processes created the object");
     }
