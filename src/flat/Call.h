@@ -20,9 +20,9 @@ constexpr bool sameValue(int flat, int library) noexcept {
     return flat == library;
 }
 
-/// Maps the current exception to a status. Stores the status and a text as the thread's last failure: the message of an
-/// `ArgumentError`, the first message of a library exception, or a general text if that message is missing and for
-/// all other exceptions. Exceptions other than `ArgumentError` are also written to the error log.
+/// Maps the current exception to a status. Stores the status and a text as the thread's last failure. The text is the
+/// message of an `ArgumentError`, or the first message of a library exception. Other exceptions, and library exceptions
+/// without a message, get a general text. Exceptions other than `ArgumentError` are also written to the error log.
 vorel_status statusOfCurrentException(const wchar_t* function, vorel_status fallbackStatus) noexcept;
 
 /// Runs `body` and returns its status. `function` is the name of the flat function, for the log. `fallbackStatus` is

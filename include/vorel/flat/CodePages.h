@@ -11,8 +11,8 @@ extern "C" {
 /// \name Code pages
 /// A code page is identified by its number in the system, 1 to 65534. Any other number gives
 /// `VOREL_ERROR_INVALID_ARGUMENT`. `VOREL_ERROR_UNSUPPORTED` means that the system does not support the code page.
-/// An empty text is an exception: its result is empty, even if the system does not support the code page. Texts may
-/// contain zeros, but names must not.
+/// The result for an empty text is empty, even if the system does not support the code page. Texts may contain zeros,
+/// but names must not.
 /// \{
 
 /// Returns the number of the code page `name`. Names are not case-sensitive. The status is `VOREL_ERROR_UNKNOWN_NAME`

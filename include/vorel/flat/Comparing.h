@@ -27,8 +27,8 @@ VOREL_API vorel_status vorel_compare(const vorel_char16* a, size_t aLength, cons
 
 /// Compares two versions number by number; any single character separates two numbers. The first pair of numbers that
 /// differ decides: `isAtLeast` becomes 1 if the number of `version` is larger, else 0. If no pair differs, it becomes 1
-/// unless `required` has more numbers than `version` (even if these numbers are zero) or ends with a separator. It
-/// becomes 0 if either text is empty.
+/// unless `required` has more numbers than `version` (even if its additional numbers are zero) or ends with a
+/// separator. It becomes 0 if either text is empty.
 ///
 ///     "10.2", "9.9"  ->  1        "1.2", "1.2.0"  ->  0        "1.2.3", "1.2."  ->  0
 VOREL_API vorel_status vorel_version_at_least(const vorel_char16* version, size_t versionLength,

@@ -19,8 +19,8 @@ extern "C" {
 /// but not read. See vorel/text/Unicode.h. Texts may contain zeros.
 /// \{
 
-/// Converts UTF-8 to UTF-16. The status is `VOREL_ERROR_INVALID_TEXT` for a byte that does not start a sequence, and
-/// for a sequence that is truncated by the end of the text or by a zero.
+/// Converts UTF-8 to UTF-16. The status is `VOREL_ERROR_INVALID_TEXT` for a byte that should start a sequence but
+/// cannot, and for a sequence that is truncated by the end of the text or by a zero.
 ///
 ///     41 C3 A9 F0 9F 98 80  ->  0041 00E9 D83D DE00
 VOREL_API vorel_status vorel_utf8_to_utf16(const char* text, size_t length, vorel_char16* output, size_t capacity,

@@ -15,9 +15,9 @@ extern "C" {
 VOREL_API vorel_status vorel_last_error_status(void);
 
 /// The message of the calling thread's last failure. If an exception of the library caused the failure, the message is
-/// the first message of the exception. If the exception has no message, or is not an exception of the library, the
-/// message is a general text. The message is empty before the first failure. A message longer than 500 units is
-/// truncated.
+/// the first message of the exception, or a general text if the exception has no message. If any other exception caused
+/// the failure, the message is a general text. For all other failures, the message gives the reason. The message is
+/// empty before the first failure. A message longer than 500 units is truncated.
 VOREL_API vorel_status vorel_last_error_message(vorel_char16* message, size_t capacity, size_t* length);
 
 /// Like `vorel_last_error_message`, but the message is UTF-8, at most 1500 bytes.

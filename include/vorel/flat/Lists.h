@@ -81,10 +81,11 @@ VOREL_API vorel_status vorel_split_list(const vorel_char16* text, size_t length,
 
 /// Joins the items with `delimiter`. An item that contains the delimiter or a double quote is put in double quotes, and
 /// the double quotes in it are doubled. If there is only one item and it already begins and ends with a double quote,
-/// it is not changed. If `delimiter` is one unit, `vorel_split_list` without `trim` can split the result again, except
-/// for that single item and for an empty item at the end, which is lost. vorel/values/Joining.h describes the search
-/// for a longer delimiter. The status is `VOREL_ERROR_INVALID_TEXT` if the last item does not end in a zero.
-/// `VOREL_ZERO_TERMINATED` is not allowed here and gives `VOREL_ERROR_INVALID_ARGUMENT`.
+/// it is not changed. If `delimiter` is one unit other than a double quote, `vorel_split_list` without `trim` can split
+/// the result again, except for that single item and for an empty item at the end, which is lost.
+/// vorel/values/Joining.h describes the search for a longer delimiter. The status is `VOREL_ERROR_INVALID_TEXT` if the
+/// last item does not end in a zero. `VOREL_ZERO_TERMINATED` is not allowed here and gives
+/// `VOREL_ERROR_INVALID_ARGUMENT`.
 VOREL_API vorel_status vorel_join_list(const vorel_char16* items, size_t length, const vorel_char16* delimiter,
                                        size_t delimiterLength, vorel_char16* output, size_t capacity,
                                        size_t* outputLength);

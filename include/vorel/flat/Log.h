@@ -24,8 +24,9 @@ VOREL_API vorel_status vorel_log_set_path(const vorel_char16* path, size_t lengt
 VOREL_API vorel_status vorel_log_path(vorel_char16* path, size_t capacity, size_t* length);
 
 /// `vorel_log_set_limit` sets the size limit in bytes, and `vorel_log_limit` returns it. The limit is 1,000,000 at
-/// load. A file beyond the limit is moved to its backup (".001" appended). A limit of 0 switches the log off, and -1
-/// means that the file is never moved. Other negative limits give `VOREL_ERROR_INVALID_ARGUMENT`.
+/// load. A file beyond the limit is moved to its backup (".001" appended), unless it has 2 GiB or more. A limit of 0
+/// switches the log off, and -1 means that the file is never moved. Other negative limits give
+/// `VOREL_ERROR_INVALID_ARGUMENT`.
 VOREL_API vorel_status vorel_log_set_limit(int64_t bytes);
 VOREL_API vorel_status vorel_log_limit(int64_t* bytes);
 

@@ -27,9 +27,10 @@ VOREL_API vorel_status vorel_parse_uint64(const vorel_char16* text, size_t lengt
 VOREL_API vorel_status vorel_parse_hex32(const vorel_char16* text, size_t length, uint32_t* value);
 
 /// Parses a decimal number, which may have a fraction and an exponent. Only the first 18 digits count, including
-/// leading zeros. The result may differ in its last bit from the nearest double, but is the same in every program that
-/// uses the library. A value out of range becomes infinity or 0. Exponents near and beyond the limits of a double have
-/// further exceptions, see `stringToDouble` in vorel/values/NumberParsing.h. Words such as "NaN" are not accepted.
+/// leading zeros. The result may differ by a few units in the last place from the nearest double, but is the same in
+/// every program that uses the library. A value out of range becomes infinity or 0. Near and beyond the limits of a
+/// double, other rules apply: "1.5e-308" is 0, and "0e309" is NaN; see `stringToDouble` in
+/// vorel/values/NumberParsing.h. Words such as "NaN" are not accepted.
 VOREL_API vorel_status vorel_parse_double(const vorel_char16* text, size_t length, double* value);
 
 /// Parses one of true, false, yes, no, 0, 1, t, f, y, n, in upper or lower case.

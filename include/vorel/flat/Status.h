@@ -37,7 +37,7 @@ enum {
     VOREL_ERROR_OUT_OF_MEMORY = 3,
     VOREL_ERROR_INVALID_TEXT = 4,  ///< the function does not accept the input text
     VOREL_ERROR_UNKNOWN_NAME = 5,  ///< no code page has this name
-    VOREL_ERROR_UNSUPPORTED = 6,   ///< the system does not support the code page
+    VOREL_ERROR_UNSUPPORTED = 6,   ///< the system does not support the code page, or cannot check its bytes
     VOREL_ERROR_TIMEOUT = 7,       ///< the time limit has passed
     VOREL_ERROR_NOT_OWNER = 8,     ///< the mutex is not held by this thread through this handle
     VOREL_ERROR_SYSTEM = 9,        ///< a system call failed
