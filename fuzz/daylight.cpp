@@ -30,7 +30,7 @@ void encode(const std::string& bytes, const fuzz::Placement& source, const fuzz:
     });
 }
 
-/// Decodes the complete groups of four characters of a zero-terminated text.
+/// Decodes the complete groups of four characters of a text. The text may contain zeros, and a terminator follows it.
 template <class T>
 void decode(const std::basic_string<T>& text, const fuzz::Placement& source, const fuzz::Placement& target) {
     const std::size_t count = text.size() / 4 * 4;

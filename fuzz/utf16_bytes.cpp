@@ -1,4 +1,4 @@
-// Counts the UTF-16 units before the first zero in bytes at any address, and writes units as bytes in either byte
+// Counts the UTF-16 units before the first zero unit, in bytes at any address, and writes units as bytes in either byte
 // order.
 
 #include <cstdint>
