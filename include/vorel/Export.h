@@ -13,7 +13,7 @@
 /// standard library, for example `vorelCore_is_built_for_libcxx`. vorelCore defines only the symbol of the standard
 /// library that it was built with. If the program is linked with `--gc-sections`, GNU ld does not report the error.
 ///
-/// The flat interface (vorelCoreC.h) does not include this header: it works with every C runtime and compiler.
+/// The flat interface (vorelCoreC.h) works with every C runtime and compiler, so it does not include this header.
 #pragma once
 
 #include "vorel/ExportMacro.h"

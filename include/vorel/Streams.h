@@ -28,7 +28,7 @@ std::basic_ostream<T, Traits>& operator<<(std::basic_ostream<T, Traits>& stream,
 ///
 ///     no entry named colour; Settings::read: Vorel exception rethrown
 ///
-/// \throws MemoryException if the text cannot be allocated; nothing is written.
+/// \throws MemoryException if the text cannot be allocated. In this case nothing is written.
 template <class T, class Traits>
 std::basic_ostream<T, Traits>& operator<<(std::basic_ostream<T, Traits>& stream, const Exception& exception) {
     return stream << detail::trailOf<T>(exception);
