@@ -9,7 +9,7 @@
  * "ERR_OUT_OF_RANGE". An unknown option is an invalid argument. `runAsync` and `waitAsync` also throw for an invalid
  * argument, but reject their promise for a failure of the library.
  *
- * Texts may contain zero characters only where the documentation of a function allows it. An input of more than
+ * A text may contain U+0000 only where the documentation of a function allows it. An input of more than
  * 268,435,456 bytes or UTF-16 code units is rejected ("VOREL_ERROR_INVALID_ARGUMENT"). A string of Node has at most
  * 536,870,888 code units. If a result is longer, the function throws a `RangeError` or an `Error`.
  */
@@ -79,7 +79,7 @@ export const hex: {
     decode(text: string): Buffer;
 };
 
-/** The code pages of Windows, by number (1 to 65534) or by name. Texts, but not names, may contain zero characters. */
+/** The code pages of Windows, by number (1 to 65534) or by name. A text may contain U+0000, but a name may not. */
 export const codePage: {
     /**
      * The number of a code page. The case of its name is ignored. Does not check whether the system supports the code
@@ -216,8 +216,9 @@ export const list: {
     split(text: string, delimiters?: string, options?: { trim?: boolean }): string[];
     /**
      * Joins items with `delimiter` (default: a comma). If the delimiter is one character other than a double quote,
-     * `split` with this delimiter returns the same items, with two exceptions. An empty last item is lost. A single
-     * item that begins and ends with a double quote is not quoted again, so `split` may return another text.
+     * `split` with this delimiter returns the same items, with two exceptions. An empty last item is lost. If
+     * there is only one item, and it begins and ends with a double quote, it is not quoted again, so `split` may return
+     * another text.
      */
     join(items: Iterable<string>, delimiter?: string): string;
 };
@@ -322,9 +323,9 @@ export class Mutex {
      */
     runAsync<T>(action: () => T | PromiseLike<T>, timeoutMs?: number): Promise<T>;
     /**
-     * Releases every lock of this object and closes it. Another call does nothing, and all other functions then throw
-     * "ERR_INVALID_STATE". Throws while a `runAsync` is in progress. In versions of Node that support `using`, `using`
-     * also calls `close`.
+     * Releases every lock of this object and closes it. Later calls of `close` do nothing, and all other functions then
+     * throw "ERR_INVALID_STATE". Throws while a `runAsync` is in progress. In versions of Node that support `using`,
+     * `using` also calls `close`.
      */
     close(): void;
     [Symbol.dispose](): void;
@@ -350,8 +351,8 @@ export class Condition {
      */
     waitAsync(timeoutMs?: number): Promise<boolean>;
     /**
-     * Closes the condition. Another call does nothing, and all other functions then throw "ERR_INVALID_STATE". Throws
-     * while a `waitAsync` is in progress.
+     * Closes the condition. Later calls of `close` do nothing, and all other functions then throw "ERR_INVALID_STATE".
+     * Throws while a `waitAsync` is in progress.
      */
     close(): void;
     [Symbol.dispose](): void;

@@ -20,7 +20,7 @@ const library = koffi.load(loadDll(kernel));
 koffi.opaque('vorel_mutex');
 koffi.opaque('vorel_condition');
 
-// Parameter lists of inputs and outputs in the prototypes below. koffi passes the address of a typed array.
+// Parts of prototypes: texts, bytes and outputs. koffi passes the address of a typed array.
 const TEXT = 'const char16_t *, size_t';
 const BYTES = 'const uint8_t *, size_t';
 const OUT = 'void *';

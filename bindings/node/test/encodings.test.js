@@ -41,13 +41,13 @@ test('base64, daylight and hex encode and decode bytes', () => {
     expectFailure(() => hex.decode('4G'), 'INVALID_TEXT');
 });
 
-test('base64 and hex convert bytes above the size of a piece as Buffer does', () => {
+test('base64 and hex agree with Buffer on data that is converted in several pieces', () => {
     class Claims extends Uint8Array {
         get length() {
             return 1;
         }
     }
-    const piece = 3 * 2730;
+    const piece = 3 * 2730;  // PIECE_BYTES in lib/encodings.js
     for (const size of [piece - 1, piece, piece + 1, piece + 2, 2 * piece, 3 * piece + 1]) {
         const bytes = Buffer.from(Array.from({ length: size + 7 }, (_, index) => index * 7 % 251)).subarray(7);
         for (const data of [bytes, new Claims(bytes)]) {

@@ -94,7 +94,7 @@ test('the action of a task may lock its mutex again', async () => {
     inner.close();
 });
 
-test('work that an action leaves running does not belong to the task after the action has ended', async () => {
+test('work that continues after its action has ended cannot lock the mutex of the next task', async () => {
     const mutex = new Mutex(uniqueName('task'));
     let late;
     await mutex.runAsync(() => { late = turn().then(() => mutex.tryLock()); });
