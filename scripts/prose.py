@@ -3,8 +3,6 @@
     prose.py <path>...      files, or folders with files: C++, C, Python, shell, CMake, JavaScript, TypeScript,
                             Markdown, text, templates (.in), and files without an extension. Other files are ignored.
 
-The current folder must be the root of the source tree.
-
 In C++, C, JavaScript, TypeScript and templates, the script searches comments and literals. It searches all other files
 completely.
 

@@ -70,7 +70,7 @@ def target_headers(compiler):
 
 def write_commands(build):
     """Writes the compile commands of a build, but without the precompiled headers of GCC and without the options that
-    only GCC has, because clang-tidy accepts neither. Returns the folder of the file."""
+    only GCC has, because clang-tidy accepts neither. Returns the folder of the written file."""
     commands = json.loads((ROOT / "build" / build / "compile_commands.json").read_text())
     for entry in commands:
         entry["command"] = re.sub(GCC_ONLY, "", entry["command"])
