@@ -43,8 +43,8 @@ bool restoreToken(HANDLE token) noexcept {
     return false;
 }
 
-/// Runs `question` while the thread impersonates its own process, and returns the answer; false after a failure. Then
-/// restores the previous token, because a service that acts for a client must not continue with the service's rights.
+/// Runs `question` while the thread impersonates its own process. Then restores the previous token, because a service
+/// that acts for a client must not continue with the service's rights. Returns the answer; false after a failure.
 bool askAsSelf(bool (*question)() noexcept) noexcept {
     KernelHandle impersonated;
     if (!openImpersonationToken(impersonated)) {

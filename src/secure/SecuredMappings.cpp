@@ -52,7 +52,9 @@ bool wasNew() noexcept {
 std::wstring systemLongPath(const wchar_t* path) {
     std::wstring longPath;
     DWORD length = GetLongPathNameW(path, nullptr, 0);
-    while (length > longPath.size()) {  // the length includes the terminator unless the path fits
+    // If the buffer is too small, the result is the necessary size, which includes the terminator. Otherwise the result
+    // is the length without the terminator.
+    while (length > longPath.size()) {
         longPath.resize(length);
         length = GetLongPathNameW(path, longPath.data(), length);
     }

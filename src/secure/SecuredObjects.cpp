@@ -57,7 +57,7 @@ struct MutexKind {
     const wchar_t* name;
     int initialOwner;
     int* created;
-    int& error;  ///< the error for the exception handler, because an exception may change the last system error
+    int& error;  ///< the error to report; kept, because an exception may change the last system error
 };
 
 /// Creates and opens an event. Failures are reported in `errorText`, a string of the caller.

@@ -34,10 +34,11 @@ VOREL_API void* ObtainAccessableFileMapping(void* file, unsigned long protection
 /// `fileCreated` reports whether the last attempt created the file, and `mappingCreated` whether it created the
 /// mapping. Each may be null.
 /// \returns the handle; null if the system has no memory for a security identifier.
-/// \throws Exception whose text starts with "ObtainAccessableFileMappingEx: ": "Long API failed for ..." if the path
-///         cannot be resolved; "Unable to create file ..." if the file cannot be opened; "Opening file mapping failed
-///         for ..." with the reason why the mapping cannot be created, if all attempts failed; "Severe Error while
-///         opening ..." for any other failure. MemoryException if memory for the text of a failure runs out.
+/// \throws Exception whose text is "ObtainAccessableFileMappingEx: " and one of the following texts. "Long API failed
+///         for ..." if the path cannot be resolved; "Unable to create file ..." if the file cannot be opened; "Opening
+///         file mapping failed for ..." with the reason why the mapping cannot be created, if all attempts failed;
+///         "Severe Error while opening ..." for any other failure. MemoryException if memory for the text of a failure
+///         runs out.
 VOREL_API void* ObtainAccessableFileMappingEx(const wchar_t* fileName, unsigned long protection,
                                               unsigned long desiredAccess, unsigned long sizeHigh,
                                               unsigned long sizeLow, const wchar_t* mappingName, bool* fileCreated,
