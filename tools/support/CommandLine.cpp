@@ -20,7 +20,8 @@ std::wstring quoted(std::wstring_view text) {
 }
 
 /// The edit distance of `a` and `b`: the smallest number of steps that change `a` into `b`. A step inserts, removes or
-/// replaces a character, or swaps two neighbours (Damerau, Levenshtein: optimal string alignment).
+/// replaces a character, or swaps two neighbours. Swapped characters are not edited again (Damerau, Levenshtein:
+/// optimal string alignment).
 std::size_t editDistance(std::wstring_view a, std::wstring_view b) {
     const std::size_t width = b.size() + 1;
     std::vector<std::size_t> costs((a.size() + 1) * width);

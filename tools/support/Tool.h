@@ -20,7 +20,7 @@ namespace tools {
 /// The exit codes of every tool. The help text of a tool describes when it uses them.
 enum ExitCode : int {
     kDone = 0,        ///< success
-    kFailed = 1,      ///< any failure except a usage error, or a query whose answer is "no"
+    kFailed = 1,      ///< a query whose answer is "no", or any failure except a usage error
     kUsageError = 2,  ///< invalid command line
 };
 
