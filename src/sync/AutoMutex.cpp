@@ -31,8 +31,8 @@ int asInt32(long long threadId) noexcept {
     return static_cast<int>(threadId);
 }
 
-/// "Global\" followed by a name. The text is on the stack, or on the heap if it is longer than the limit for names that
-/// the system documents.
+/// "Global\" followed by a name. The text is on the stack, or on the heap if it is longer than the system's documented
+/// limit for names.
 class FullName {
 public:
     /// \throws MemoryException
@@ -177,8 +177,8 @@ void AutoMutex::requireMutex(const wchar_t* message) const {
     }
 }
 
-/// Waits for the mutex. Acquiring an abandoned mutex is a success, because the caller then owns the mutex. The lock
-/// count and the id of the thread that ended are cleared.
+/// Waits for the mutex. Acquiring an abandoned mutex is a success, because the caller then owns the mutex. In this
+/// case, the lock count and the id of the thread that ended are cleared.
 unsigned long AutoMutex::waitFor(unsigned int timeout) {
     const DWORD result = WaitForSingleObject(m_mutex.get(), timeout);
     if (result != WAIT_ABANDONED) {

@@ -57,10 +57,9 @@ public:
 
     /// The same with a name in UTF-8, which is converted to UTF-16. The constructor is a template, so that
     /// `AutoMutex(nullptr, ...)` is not ambiguous.
-    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if a byte of `name` does not
-    /// start
-    ///         a sequence (see vorel/text/Unicode.h); MemoryException; the exceptions of the constructor for wide
-    ///         names.
+    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if a byte of `name` should
+    ///         start a sequence but cannot (see vorel/text/Unicode.h); MemoryException; the exceptions of the
+    ///         constructor for wide names.
     template <std::same_as<char> Narrow>
     AutoMutex(const Narrow* name, bool lockNow, bool flag)
         : AutoMutex(detail::NarrowName(name).wide(), lockNow, flag) {}
@@ -88,10 +87,9 @@ public:
     virtual bool initialize(const wchar_t* name, bool flag);
 
     /// The same with a name in UTF-8.
-    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if a byte of `name` does not
-    /// start
-    ///         a sequence (see vorel/text/Unicode.h), or MemoryException if memory for the conversion runs out: the
-    ///         object is then unchanged. The exceptions of the overload for wide names.
+    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if a byte of `name` should
+    ///         start a sequence but cannot (see vorel/text/Unicode.h), or MemoryException if memory for the conversion
+    ///         runs out: the object is then unchanged. The exceptions of the overload for wide names.
     template <std::same_as<char> Narrow>
     bool initialize(const Narrow* name, bool flag) {
         return initialize(detail::NarrowName(name).wide(), flag);

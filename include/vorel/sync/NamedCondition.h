@@ -28,9 +28,9 @@ public:
 
     /// The same with a name in UTF-8, which is converted to UTF-16. The constructor is a template, so that
     /// `NamedCondition(nullptr)` is not ambiguous.
-    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if a byte of `name` does not
-    /// start
-    ///         a sequence (see vorel/text/Unicode.h); the exceptions of the constructor for wide names.
+    /// \throws Exception with the message "Failed to convert utf8 text to String: ..." if a byte of `name` should
+    ///         start a sequence but cannot (see vorel/text/Unicode.h); the exceptions of the constructor for wide
+    ///         names.
     template <std::same_as<char> Narrow>
     explicit NamedCondition(const Narrow* name) : NamedCondition(detail::NarrowName(name).wide()) {}
 
