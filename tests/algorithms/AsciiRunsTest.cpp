@@ -105,7 +105,7 @@ TYPED_TEST(AsciiRunsTest, Run_StopsAtAZeroOrNonAsciiAtEveryPosition) {
     }
 }
 
-TYPED_TEST(AsciiRunsTest, Run_ReadsNothingPastTheCount) {
+TYPED_TEST(AsciiRunsTest, Run_ReadsNoPageAfterTheText) {
     for (std::size_t length = 0; length <= kMaxLength; ++length) {
         SCOPED_TRACE(length);
         this->expectRun(this->m_edge.placeAtEnd(this->ascii(length)), length, length, 0);

@@ -180,7 +180,7 @@ protected:
     using Text = std::basic_string<typename Implementation::Unit>;
 
     /// Decodes text that ends at an inaccessible page into a buffer for exactly `blocks` blocks. Expects that decoding
-    /// stops before the block with the first invalid character, and that nothing is written after the previous block.
+    /// stops before the block with the first invalid character, and writes nothing after the decoded blocks.
     void expectDecoded(const Text& text, std::size_t blocks) {
         const auto invalid = std::find_if_not(text.begin(), text.end(), [](auto unit) {
             return isDigit(static_cast<std::make_unsigned_t<decltype(unit)>>(unit));

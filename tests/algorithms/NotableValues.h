@@ -1,5 +1,6 @@
 /// \file
-/// Values near which the form of the encoding in UTF-8 or UTF-16 changes, up to the largest value of 31 bits.
+/// Values for tests of UTF-8 and UTF-16, up to the largest value of 31 bits. They include the first and the last value
+/// of each form of the two encodings.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
 // Compares the functions of PortableSse2.h with the instructions of the processor, which are an independent reference.
-// Whole-vector shifts, loads and stores are compared with constants.
+// Loads, stores, shifts of the whole vector and the zero vector are compared with constants.
 
 #include <array>
 #include <cstddef>
@@ -166,7 +166,7 @@ TEST(PortableSse2, ScalarResultsAndConstants_EqualTheResultsOfTheInstructions) {
     EXPECT_EQ(bytesOf(portable::_mm_setzero_si128()), Bytes{});
 }
 
-TEST(PortableSse2, LoadsAndStores_AccessOnlyTheirBytes) {
+TEST(PortableSse2, LoadsAndStores_CopyExactlyTheirBytes) {
     const Bytes source{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
     const auto* const from = reinterpret_cast<const Portable*>(source.data());
     EXPECT_EQ(bytesOf(portable::_mm_loadu_si128(from)), source);

@@ -25,7 +25,7 @@ public:
         }
     }
 
-    /// Rounds down. Several such divisions have the same result as one division by the power of ten, rounded down.
+    /// Rounds down. N such divisions have the same result as one division by 10^N, rounded down.
     void divideByTen() {
         std::uint64_t rest = 0;
         for (std::size_t word = m_words.size(); word-- != 0;) {

@@ -82,7 +82,7 @@ struct Avx2 {
     static constexpr bool kNeedsAvx2 = true;
     static constexpr std::size_t kOverhang = algorithms::kUrlOverhang;
 
-    /// measure() reads whole blocks; encode() reads a block only if another block follows.
+    /// measure() reads all whole blocks; encode() reads a whole block only if another whole block follows.
     static std::size_t measurable(std::size_t count) { return count / kBlock * kBlock; }
     static std::size_t encodable(std::size_t count) { return count < 2 * kBlock ? 0 : (count / kBlock - 1) * kBlock; }
 

@@ -200,8 +200,7 @@ TEST_F(Utf8Avx2, ConvertsWellFormedTextsCompletely) {
     }
 }
 
-/// A text that continues in the next page is converted completely. Only the wide text of characters of three bytes is
-/// shorter, so it lies in one page.
+/// A text that continues in the next page is converted completely.
 TEST_F(Utf8Avx2, ConvertsAcrossPages) {
     for (std::size_t index = 0; index != kKindCount; ++index) {
         const Kind& kind = kindOf(index);

@@ -59,7 +59,7 @@ TYPED_TEST(ShortTextLength, ReadsOnlyOnePage) {
 class Utf8Short : public testing::Test {
 protected:
     /// Decodes `bytes` up to a zero, or at most `length` bytes if `length` is not negative. Returns whether the whole
-    /// text was decoded, and then also checks the result.
+    /// text was decoded. If it was, the function also checks the result.
     bool decodes(std::string_view bytes, int length, std::size_t capacity) {
         const test::DecodedText expected = test::decodeUtf8(bytes, length);
         const auto* const input =
@@ -79,7 +79,7 @@ protected:
     }
 
     /// Encodes `text` up to a zero, or at most `length` units if `length` is not negative. Returns whether the whole
-    /// text was encoded, and then also checks the result.
+    /// text was encoded. If it was, the function also checks the result.
     template <Surrogates Rule>
     bool encodes(std::wstring_view text, int length, std::size_t capacity) {
         const std::wstring input(text);
@@ -108,7 +108,7 @@ protected:
 constexpr std::string_view kFollowers[] = {"\x80\x80\x80\x80\x80", "\xBF\xBF\xBF\xBF\xBF", "abcde",
                                            "\xFF\xC0\x41\x80\x01", std::string_view("\0\0\0\0\0", 5)};
 
-TEST_F(Utf8Short, DecodesEveryValidLeadByte) {
+TEST_F(Utf8Short, DecodesLeadBytesOfUpToFourBytes) {
     for (unsigned int lead = 0; lead < 256; ++lead) {
         for (const std::string_view followers : kFollowers) {
             const std::string text = "-" + std::string(1, static_cast<char>(lead)) + std::string(followers);
@@ -137,7 +137,7 @@ TEST_F(Utf8Short, RejectsTextAboveTheCapacity) {
     }
 }
 
-TEST_F(Utf8Short, RejectsTextThatContinuesAfterASequenceWithAZero) {
+TEST_F(Utf8Short, RejectsTextWithoutALengthIfATrailingByteIsZero) {
     const std::string text("a\xC3\0z\0", 5);
     EXPECT_TRUE(decodes(text, 2, kAmple));
     const std::string longer = text + std::string(100, '\0');  // contains all bytes that the decoder reads

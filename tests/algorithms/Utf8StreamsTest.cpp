@@ -30,7 +30,8 @@ const std::string& sampleText() {
     return kSample;
 }
 
-/// Reads everything in pieces of `capacity` units and checks the size of each piece.
+/// Reads everything in pieces, and checks the size of each piece. A piece has at most `capacity` units, or at most one
+/// unit more if `Rule` is `Written`.
 template <Utf8Reader::LastPair Rule>
 std::wstring readInPieces(Utf8Reader& reader, std::size_t capacity) {
     constexpr std::size_t kOverhang = Rule == Utf8Reader::LastPair::Written ? 1 : 0;

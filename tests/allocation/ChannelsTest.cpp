@@ -1,6 +1,6 @@
 // The diagnostic channels with a failing heap. Each call of an active channel logs at least one line. The last line is
-// complete, or truncated and marked. If a conversion failed, the line has the text of a failed conversion, or no text,
-// in place of the converted text.
+// complete, or truncated and marked. If a conversion failed, the line has a text about this failure, or no text, in
+// place of the converted text.
 
 #include <algorithm>
 #include <cstdarg>

@@ -227,7 +227,7 @@ void utf16WithoutLength(Attempt& attempt) {
 }
 
 /// Checks a conversion by the locale. The result is the converted text. If memory for the converted text cannot be
-/// allocated, the result is the text of the failure. If this text cannot be stored either, the result is empty.
+/// allocated, the result is the error text `noMemory`. If this text cannot be stored either, the result is empty.
 template <class From, class To>
 void byLocale(Attempt& attempt, void (*convert)(const From*, BaseString<To>&), const char* noMemory,
               const wchar_t* context) {
@@ -248,7 +248,7 @@ void byLocale(Attempt& attempt, void (*convert)(const From*, BaseString<To>&), c
         EXPECT_TRUE(attempt.logged()[0].starts_with("Vorel Error: No more memory is available: "));
         EXPECT_EQ(attempt.logged()[1], "Vorel Error: " + test::narrowed(wideContext) + ": Vorel exception caught");
     }
-    // If only the first request fails, the result is the text of the failure. The second request is for that text.
+    // If only the first request fails, the result is the error text. The second request is for that text.
     EXPECT_EQ(isFailure, attempt.allocationFailed() && !attempt.memoryStaysExhausted() && attempt.requests() == 2);
 }
 
@@ -262,8 +262,8 @@ void wideToNarrow(Attempt& attempt) {
                             L"vorel::Exception - wcs2mbs");
 }
 
-/// The conversion fails. The text of this failure needs a larger buffer than the converted text, so the output may have
-/// to grow again.
+/// The conversion fails. The error text needs a larger buffer than the converted text, so the output may have to grow
+/// again.
 void unconvertibleToNarrow(Attempt& attempt) {
     BaseString<char> target;
     attempt.perform([&] { vorel::detail::wcs2mbs(L"ab\x4E00", target); });

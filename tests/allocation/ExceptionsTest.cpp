@@ -1,6 +1,6 @@
-// Exceptions with a failing heap: texts may be truncated, missing, or replaced by the text of a failed conversion.
-// Functions that return all messages at once may throw a `MemoryException`, except `getCharErrorMessageBlock`. Nothing
-// else fails.
+// Exceptions with a failing heap: texts may be truncated or missing, or a text that reports a failed conversion may
+// replace them. Functions that return all messages at once may throw a `MemoryException`, except
+// `getCharErrorMessageBlock`. Nothing else fails.
 
 #include <optional>
 #include <string>

@@ -132,7 +132,7 @@ void parseRanges(Attempt& attempt) {
     EXPECT_EQ(count, 4711u);
 }
 
-/// If an allocation of the mutex itself fails, the library reports a system error.
+/// If the critical section in the mutex cannot be allocated, the library reports a system error.
 void openMutex(Attempt& attempt) {
     const Units name = units(test::NamedEvent::uniqueName(L"flat_mutex"));
     vorel_mutex* mutex = nullptr;

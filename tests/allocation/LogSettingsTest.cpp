@@ -1,6 +1,6 @@
-// Changes the location of the log, debug targets, and the switch of a thread, and logs a warning, while the heap fails.
-// A setting is changed completely or not at all. The only exception is a location that is set from a wide path (see
-// `wideLocation`).
+// Changes debug targets, the location of the log and a thread's switch for logging, and logs a warning, while the heap
+// fails. A setting is changed completely or not at all. The only exception is a location that is set from a wide path
+// (see `wideLocation`).
 
 #include <string>
 #include <typeinfo>
@@ -61,8 +61,8 @@ void narrowLocation(Attempt& attempt) {
     Exception::SetErrorLogLocation(before.c_str(), 0);
 }
 
-/// If the path cannot be converted, the location becomes the text of the failure, or empty if that text cannot be
-/// stored either.
+/// If the path cannot be converted, the location becomes the error text of the conversion, or empty if that text cannot
+/// be stored either.
 void wideLocation(Attempt& attempt) {
     const std::string before = location();
     attempt.perform([] { Exception::SetErrorLogLocation(L"another file.txt", 0); });

@@ -1,5 +1,6 @@
-// Secured objects with a failing heap. The functions of secured objects allocate memory only to create a mapping of a
-// named file, and to report a failure. If the report cannot be allocated, a shorter text is reported.
+// Secured objects, `IsAdmin` and `AllocBase` with a failing heap. The functions of secured objects allocate memory only
+// to create a mapping of a named file, and to report a failure. If the report cannot be allocated, a shorter text is
+// reported.
 
 #include <string>
 #include <typeinfo>

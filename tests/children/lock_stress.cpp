@@ -6,7 +6,8 @@
 ///
 /// In each round a thread
 /// - adds one to a number that both processes map, under the named mutex,
-/// - passes a turn to its partner in the other process and gets it back, through named conditions,
+/// - in process 0, passes a turn to its partner in process 1 and gets it back, through named conditions; in process 1,
+///   waits for this turn and passes it back,
 /// - adds a token to a counter of its process, or waits without limit on a condition for a token and takes it,
 /// - waits for the other threads of its process; the thread that arrives last wakes them by a broadcast.
 ///
@@ -14,8 +15,8 @@
 ///
 /// When all threads have finished, the program writes the line "additions=<count>" to the report. If a thread makes no
 /// progress for 20 seconds, the program writes to the report what each thread waits for. The exit code is then 3. It is
-/// also 3 if a thread threw an exception, 1 if the report cannot be created, and 2 if the arguments are
-/// invalid or an object cannot be created.
+/// also 3 if a thread threw an exception, 1 if the report cannot be created, and 2 if the arguments are invalid or an
+/// object cannot be created.
 
 #include <array>
 #include <atomic>

@@ -1,7 +1,7 @@
 /// \file
 /// Checks that debug calls do not read arguments that they do not need. Before the first debug target is switched on,
 /// they do not read the names of target, class and method, or the arguments of the format. While only other targets are
-/// active, they read the name of the target, but still none of the others.
+/// active, they read the name of the target, but not the names of class and method or the arguments of the format.
 
 #include <cstdarg>
 #include <cstdint>

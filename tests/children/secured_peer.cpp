@@ -1,6 +1,6 @@
 /// \file
-/// A program that the tests of secured objects start: creates or opens an object that other processes also use, and
-/// uses it.
+/// A program that the tests of secured objects start. All tasks except `admin` create or open objects that other
+/// processes also use, and use them.
 ///
 ///     task=mutex name=<mutex> [held=<event> release=<event>]
 ///         locks the mutex if it is free, and unlocks it; if events are given, sets `held` and waits for `release`

@@ -175,7 +175,7 @@ struct Case {
     const char* operation;
     void (*run)(Explosives&);
     std::vector<int> exploding;  ///< the values whose destructors throw, in the order of their release
-    bool destroysStorage;        ///< whether the operation destroys an array, whose destructor adds a record
+    bool destroysStorage;        ///< whether a temporary array, whose destructor adds a record, releases the elements
     std::vector<int> after;
     unsigned int slotsAfter;
 };

@@ -38,7 +38,7 @@ protected:
 
     static Text text(std::string_view units) { return test::text<T>(units); }
 
-    /// Formats a text of `count` zeros.
+    /// Formats a text of `count` digits '0'.
     static void fill(String& string, unsigned int count) {
         if (count == 0) {
             string.format(text("%s").c_str(), text("").c_str());

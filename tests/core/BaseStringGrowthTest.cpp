@@ -44,7 +44,7 @@ TYPED_TEST(BaseStringGrowth, Capacity_OfTheFirstBuffer) {
              Case{1048576, 2 * kMi},
              Case{1048577, 2 * kMi},
              Case{2 * kMi - 2, 2 * kMi},
-             Case{2 * kMi - 1, 3 * kMi},  // 2 Mi units are needed; above 1 Mi, a multiple of 1 Mi grows by 1 Mi
+             Case{2 * kMi - 1, 3 * kMi},  // needs 2 Mi units; above 1 Mi, the next larger multiple of 1 Mi
              Case{2 * kMi, 3 * kMi},
              Case{3 * kMi - 2, 3 * kMi},
              Case{3 * kMi - 1, 4 * kMi},

@@ -57,7 +57,7 @@ private:
 
     unsigned int below(unsigned int limit) { return static_cast<unsigned int>(m_random() % limit); }
 
-    /// Up to `maxUnits` units without zeros and percent signs.
+    /// Up to `maxUnits` units. No unit is a null character or a percent sign.
     Model randomText(unsigned int maxUnits) {
         Model text(below(maxUnits + 1), T{});
         for (T& unit : text) {

@@ -106,7 +106,7 @@ TYPED_TEST(CriticalSection, GetHandle_ReturnsTheCriticalSectionOfTheSystem) {
     lock.unlock();
 }
 
-/// Sets the handle of a lock to null, as in a partly constructed or destroyed lock. The destructor restores the handle.
+/// Sets the handle of a lock to null, as in a partly constructed or destroyed lock. `~WithoutHandle` restores it.
 template <class Lock>
 class WithoutHandle {
 public:

@@ -83,7 +83,8 @@ TEST(HashMap, NodeFieldOrder_NextThenHashThenKeyThenValue) {
     EXPECT_EQ(newer->value, 71u);
 }
 
-static_assert(sizeof(NumberMap::Iterator) == 3 * sizeof(void*), "the map, the bucket's slot, the node");
+static_assert(sizeof(NumberMap::Iterator) == 3 * sizeof(void*),
+              "an iterator has pointers to the map, the bucket and the node");
 
 // ---- Insertion and search -------------------------------------------------------------------------------------------
 

@@ -188,8 +188,8 @@ TEST(AllocSpy, CopyAndAssignmentOfTheBaseDoNothing) {
     EXPECT_EQ(one.allocations, 1) << "assigning the base changes nothing";
 }
 
-/// Separately compiled clients call the operations through fixed slots of the virtual table. In this ABI, a virtual
-/// destructor takes two slots, here the first two.
+/// Separately compiled clients call the operations through fixed slots of the virtual table. The first slots belong to
+/// the destructor: one slot in Microsoft's ABI, two slots in the Itanium C++ ABI.
 TEST(AllocSpy, VirtualTable_ListsTheOperationsInOrderAfterTheDestructor) {
     CountingSpy spy;
     AllocSpy* const object = &spy;

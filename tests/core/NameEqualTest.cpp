@@ -33,9 +33,9 @@ TYPED_TEST(NameEqualTest, IgnoresTheCaseOfAToZOnly) {
         for (int b = 1; b < 256; ++b) {
             const auto first = static_cast<char>(a);
             const auto second = static_cast<char>(b);
-            const bool lettersOfOneKind =
+            const bool differOnlyInCase =
                 (a >= 'A' && a <= 'Z' && b == a + 32) || (b >= 'A' && b <= 'Z' && a == b + 32);
-            ASSERT_EQ(this->equal({&first, 1}, {&second, 1}), a == b || lettersOfOneKind) << a << " and " << b;
+            ASSERT_EQ(this->equal({&first, 1}, {&second, 1}), a == b || differOnlyInCase) << a << " and " << b;
         }
     }
 }

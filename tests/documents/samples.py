@@ -142,8 +142,8 @@ def new_folder(folder: Path) -> None:
 
 
 def execute(sample: Sample, command: list, folder: Path) -> None:
-    """Runs one sample in a folder. The exit code must be 0. The output and the log must match the blocks of the page, if
-    the page contains them."""
+    """Runs one sample in a folder. The exit code must be 0. If the page has blocks for the output or the log of the
+    sample, the output or the log must match."""
     done = subprocess.run(command, cwd=folder, stdout=subprocess.PIPE, timeout=60, check=False)
     where = f"{sample.page}:{sample.line}"
     if done.returncode != 0:

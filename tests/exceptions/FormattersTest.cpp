@@ -25,11 +25,11 @@ using vorel::MemoryException;
 
 template <class T>
 std::basic_string<T> formatted(std::string_view format, const auto& value) {
-    const std::basic_string<T> wide = test::text<T>(format);
+    const std::basic_string<T> units = test::text<T>(format);
     if constexpr (sizeof(T) == sizeof(char)) {
-        return std::vformat(wide, std::make_format_args(value));
+        return std::vformat(units, std::make_format_args(value));
     } else {
-        return std::vformat(wide, std::make_wformat_args(value));
+        return std::vformat(units, std::make_wformat_args(value));
     }
 }
 

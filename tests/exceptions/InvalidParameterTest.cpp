@@ -1,6 +1,6 @@
 /// \file
 /// The library's handler for invalid parameters of runtime functions. The library never replaces an existing handler,
-/// and this compiler's start-up code installs a handler in every program. So the tests first remove that handler.
+/// and the start-up code of MinGW-w64 installs a handler in every program. So the tests first remove that handler.
 
 #include <cerrno>
 #include <cstdint>

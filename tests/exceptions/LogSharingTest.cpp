@@ -56,7 +56,7 @@ class HeldLog : public testing::TestWithParam<Holder> {};
 // A log can be renamed only if all open handles share deletion, and can be opened for writing only if all open handles
 // share writing. A process that renames the log opens a handle with the right to delete. While this handle is open, the
 // log can be opened only by calls that share deletion. The library opens the log with the runtime's _sopen_s, which
-// does not share deletion, so the line is dropped in the last case.
+// does not share deletion, so in the last case below, the second line is dropped.
 const Holder kHoldersOfTheLog[] = {
     {"Reader", GENERIC_READ, kShareReadWrite, {"WARN: first", "WARN: second"}, {}},
     {"Writer", GENERIC_WRITE, kShareReadWrite, {"WARN: first", "WARN: second"}, {}},

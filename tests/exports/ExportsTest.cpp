@@ -1,5 +1,6 @@
 /// \file
-/// The closed list of exported names, vorelCore.exports, which is in the folder of the test program.
+/// The DLL must export exactly the names in vorelCore.exports. The build copies this list to the folder of the test
+/// program.
 
 #include <algorithm>
 #include <cstdlib>

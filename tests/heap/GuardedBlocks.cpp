@@ -17,7 +17,7 @@ namespace {
 constexpr std::size_t kPage = 4096;
 constexpr std::size_t kRegionPages = std::size_t{1} << 22;    // 16 GiB of address space; only a small part is in use
 constexpr std::size_t kMaxBlockBytes = std::size_t{1} << 28;  // larger blocks come from the runtime
-constexpr std::size_t kQuarantine = 8192;                     // the last freed small blocks, which are not reused
+constexpr std::size_t kQuarantine = 8192;                     // other small blocks that are freed before one is reused
 constexpr std::size_t kMaxRetired = 2 * kQuarantine;
 constexpr std::size_t kMaxForbidden = 20'000;
 constexpr std::size_t kLeadingBytes = 256;      // maximum number of checked bytes before a block

@@ -33,7 +33,8 @@ AIM_PERCENT = 95
 
 def read_list(path):
     """Reads a list of changes, whose entries are separated by empty lines. The lines of an entry are the file, `- ` and
-    the old line, `+ ` and the new line, and a reason. Returns a dictionary: key of the change → reason."""
+    the old line, `+ ` and the new line, and in equivalent.txt a reason. Returns a dictionary: key of the change →
+    reason."""
     entries = {}
     for block in path.read_text().split("\n\n") if path.exists() else []:
         lines = [line.strip() for line in block.splitlines() if line.strip() and not line.startswith("#")]

@@ -1,8 +1,8 @@
 """Builds and runs the tests with one changed source file, based on a finished build that it does not modify.
 
-The commands of the build come from Ninja. The changed file is in an overlay folder. All sources that include the file
-are compiled again, with the overlay folder before the other include paths, and linked with the other objects of the
-build. So nothing has to be restored afterwards.
+The commands of the build come from Ninja. The changed file is in an overlay folder. The file itself, if it is a source,
+and all sources that include it are compiled again, with the overlay folder before the other include paths. The new
+objects are linked with the other objects of the build. So nothing has to be restored afterwards.
 """
 
 import json
@@ -35,7 +35,7 @@ def _output_of(command):
 
 
 def _without_output(command):
-    """A command of the build without its output and its file of dependencies."""
+    """The words of a compile command without `-c` and the options for the output and the dependency file."""
     words = iter(command)
     for word in words:
         if word in ("-o", "-MT", "-MF"):
@@ -69,7 +69,8 @@ class Program:
             self.suites[path] = (text, sorted(set(_SUITE.findall(text))))
 
     def suites_about(self, path, stems):
-        """The suites in files whose names start with one of `stems`, and in files that include `path` from src/."""
+        """The suites in files whose names start with one of `stems` and, if `path` is in src/, in files that include
+        `path`."""
         include = f'#include "{path.removeprefix("src/")}"'
         return sorted({suite for file, (text, suites) in self.suites.items() for suite in suites
                        if include in text or any(file.name.startswith(stem) for stem in stems)})
@@ -169,8 +170,8 @@ class Bench:
         self._path, self._made = path, {}
         self._restore("vorelCore.dll")
         self._affected = self._build.made_of(path) if path else set()
-        # If the precompiled header includes the file, it contains the original text. So the affected sources are
-        # compiled without the precompiled header.
+        # A precompiled header that includes the file contains the original text of the file. So in this case, the
+        # affected sources are compiled without the precompiled header.
         self._is_precompiled = any(output.endswith(".gch") for output in self._affected)
         if path:
             (self._overlay / path).parent.mkdir(parents=True)

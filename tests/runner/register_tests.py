@@ -4,8 +4,9 @@
     register_tests.py <folder> --list [label]...
 
 The second form prints the tests, or only the tests with the given labels, for a machine that has neither CTest nor
-Python. Each test is a line of fields separated by tabs: its name, the file name of its program, "gtest", "alone" if no
-other test may run at the same time or else "parallel", its time limit in seconds, and the arguments of the program.
+Python. Each test is a line of fields that are separated by tabs: the name of the test; the file name of its program;
+the word "gtest"; the word "alone" if no other test may run at the same time, otherwise "parallel"; the time limit in
+seconds; the arguments of the program.
 
 <folder> has a description of each program (<name>.program.json): its path and label, the arguments and properties of
 its tests. The script is <folder>/tests.cmake. A test of CTest is a test file, or a part of a large file; its cases

@@ -1,4 +1,4 @@
-"""Adds up the results of a test run: the cases that failed, the slowest tests, and the totals.
+"""Prints a summary of a test run: the slowest tests, the cases that failed, and the totals.
 
     summary.py <registry> <JUnit file of CTest>...
 

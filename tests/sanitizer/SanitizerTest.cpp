@@ -17,7 +17,8 @@
 
 namespace {
 
-constexpr int kTrap = static_cast<int>(EXCEPTION_ILLEGAL_INSTRUCTION);  // also raised by the stack protector
+// Raised by the checks of undefined behaviour and by the stack protector.
+constexpr int kTrap = static_cast<int>(EXCEPTION_ILLEGAL_INSTRUCTION);
 constexpr int kAborted = 3;  // by std::abort under Wine; a failed assertion of the standard library calls std::abort
 
 // Volatile, so that the compiler cannot detect or remove the undefined behaviour.

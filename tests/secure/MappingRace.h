@@ -50,7 +50,8 @@ struct MappingRace {
 
 /// Runs one party of the race, and returns the number of correct rounds. In a correct round, this party opens a
 /// mapping, all parties open the same mapping, and exactly one party creates it. The parties wait in a loop until all
-/// parties have arrived, so that they start a round at almost the same time. A party waits at most 30 seconds.
+/// parties have arrived, so that they start a round at almost the same time. Each of these waits lasts at most 30
+/// seconds.
 inline int runMappingRace(const MappingRace& race) {
     constexpr DWORD kSize = 4096;
     const SharedCounters meeting(Handle(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, kSize,

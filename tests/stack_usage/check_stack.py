@@ -3,7 +3,7 @@ their variants.
 
 Compiles the sources that handle a line of the log, reads the compiler's call graph with the size of each frame, and
 finds, for each channel, the chain of calls that uses the most stack. Functions in other sources are not included: the
-runtime and the system, the functions that throw, and the test whether a debug target is on.
+runtime and the system, the functions that throw, and the check whether a debug target is on.
 
     check_stack.py <source folder> <work folder> <compiler> <flag>...
 """

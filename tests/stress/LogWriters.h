@@ -19,7 +19,8 @@ namespace test {
 
 inline constexpr unsigned int kWriters = 6;
 inline constexpr unsigned int kThreadsPerWriter = 4;
-inline constexpr unsigned int kEndless = 0;  ///< a number of lines: the writer writes until it is terminated
+/// The value of `LogWriter::lines` for a writer that writes until it is terminated.
+inline constexpr unsigned int kEndless = 0;
 
 /// One writing process.
 struct LogWriter {
@@ -49,8 +50,8 @@ public:
     /// exceeds `kGenerousMs`.
     [[nodiscard]] bool waitForProgress() const;
 
-    /// Waits for the writers that are not `kEndless`, and collects their results. Returns false if one of these writers
-    /// fails, has no result, or runs for two more minutes.
+    /// Waits for the writers whose `lines` is not `kEndless`, and collects their results. Returns false if one of these
+    /// writers fails, has no result, or runs for two more minutes.
     [[nodiscard]] bool finish();
 
     [[nodiscard]] const std::vector<LogWriter>& all() const { return m_writers; }

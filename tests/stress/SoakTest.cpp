@@ -225,7 +225,9 @@ private:
     long long m_kills = 0;
     long long m_torn = 0;       ///< lines of the log that begin with a partial line
     long long m_abandoned = 0;  ///< warnings about an abandoned mutex
-    long long m_invalid = 0;    ///< lines with a '[' after their start that cannot be parsed, even from their last '['
+    /// Lines that contain a '[' after their first unit, but can be parsed neither from their start nor from their last
+    /// '['.
+    long long m_invalid = 0;
     std::string m_firstInvalid;
 };
 

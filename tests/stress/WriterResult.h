@@ -13,8 +13,8 @@
 namespace test {
 
 /// If the log file stays locked, the log drops a line after 30 sleeps of 1395 ms in total. Each sleep may be too short
-/// by one tick of the system clock (15.6 ms), so the sleeps take at least 927 ms. A call that took less than
-/// `kMinDropTime` has not dropped its line for this reason.
+/// by one tick of the system clock (15.6 ms), so the sleeps take at least 927 ms. So a call that took less
+/// than `kMinDropTime` did not drop its line because of a locked file.
 inline constexpr std::chrono::milliseconds kMinDropTime{900};
 
 struct ThreadResult {

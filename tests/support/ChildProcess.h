@@ -18,8 +18,9 @@ namespace test {
 
 /// How a child is started.
 struct ChildOptions {
-    std::wstring directory;       ///< the current directory of the child; if empty, the directory of the test
-    bool inheritHandles = false;  ///< whether the child inherits the test's inheritable handles even without streams
+    std::wstring directory;  ///< the current directory of the child; if empty, the directory of the test
+    /// Whether the child inherits the inheritable handles of the test. If a standard stream is set, it always does.
+    bool inheritHandles = false;
     // The standard streams of the child; the handles must be inheritable. If all are null, the child uses the
     // streams of the test. If at least one is set, the child does not have the streams whose handles are null.
     HANDLE input = nullptr;

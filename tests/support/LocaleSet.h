@@ -1,5 +1,5 @@
 /// \file
-/// Sets the locale of the runtime for the characters of texts.
+/// Sets the locale of the C runtime for the encoding and the classes of characters (LC_CTYPE).
 #pragma once
 
 #include <clocale>

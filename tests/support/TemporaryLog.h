@@ -39,9 +39,9 @@ private:
 };
 
 /// While the object exists, the library writes its log to a file in a separate folder. The constructor switches the
-/// mirror off, and switches the logging of the calling thread on. The destructor restores the size limit, the mirror
-/// switch and the logging switch of the calling thread, and selects the file of the `TemporaryLog` that was current
-/// before, or the default file if there was none.
+/// mirror off (`SetMirrorErrorLog`), and switches the logging of the calling thread on. The destructor restores the
+/// size limit, the mirror switch and the logging switch of the calling thread, and selects the file of the
+/// `TemporaryLog` that was current before, or the default file if there was none.
 class TemporaryLog {
 public:
     explicit TemporaryLog(long long sizeLimitBytes = vorel::Exception::DefaultLogSize);

@@ -174,8 +174,9 @@ int compared(std::basic_string_view<T> a, std::basic_string_view<T> b, const Com
     return left == 0 ? 0 : compared(a.substr(1), b.substr(1), rules);
 }
 
-/// Compares number by number. Any single character may separate two numbers. Returns false if either text is empty, or
-/// if `version` ends before `required` and all numbers up to there are equal.
+/// Compares number by number. Any single character may separate two numbers. Returns false if either text is empty. If
+/// no compared numbers differ, also returns false if `version` ends before `required`, or if `required` ends with a
+/// separator.
 inline bool isVersionAtLeast(std::string_view version, std::string_view required) {
     if (version.empty()) {
         return false;

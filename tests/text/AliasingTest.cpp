@@ -307,9 +307,9 @@ std::vector<Row> buffers() {
 
 // ---- Lists of texts -------------------------------------------------------------------------------------------------
 
-/// A row for an operation `run(first, second, list)`. `first` is the first item of the list without its first
-/// `offset` units, and `second` is the second item. Both lie in the list, or in a copy of the list. The list has no
-/// spare capacity.
+/// A row for an operation `run(first, second, list)`. `second` is the second item of the list. `first` is the first
+/// item from the unit `offset` on, so it lacks the units before. Both lie in the list, or in a copy of the list. The
+/// list has no spare capacity.
 template <class T, class Run>
 Row listRow(const char* name, std::string_view second, Run run) {
     return {name, [=](Place place, std::size_t units, std::size_t offset) {

@@ -1,10 +1,9 @@
 /// \file
 /// Operations on a text that another thread or process changes concurrently. The result is unspecified, but no
 /// operation may write beyond its memory. The guarded heap detects such writes. Each operation runs repeatedly for each
-/// pair of texts before and after the change. In each run, the text changes once while the operation reads it, and a
-/// little later than in the previous run: in the first run at the first switch, in the second run at the second switch,
-/// and so on (ChangingText.h explains switches). In the last run, the operation ends before the change, unless 100 runs
-/// are not enough.
+/// pair of texts before and after the change. While the operation reads the text, the text changes once: in the first
+/// run at the first switch, in the second run at the second switch, and so on (ChangingText.h explains switches). The
+/// last run is the first run in which the operation ends before the change, or run 100.
 
 #include <algorithm>
 #include <cstring>

@@ -67,8 +67,8 @@ TEST(DaylightTest, Decode_ReadsEncodedText) {
 }
 
 TEST(DaylightTest, Decode_AcceptsEveryCharacterBeforeTheEndCharacter) {
-    // A comma is decoded as '+'. Any other character outside the alphabet is decoded as '.', even if its code is 128 or
-    // more, so that the decoding table has no entry for it.
+    // A comma is decoded as '+'. Any other character outside the alphabet is decoded as '.', including the characters
+    // from 128, for which the decoding table has no entries.
     for (const wchar_t* text : {L"EI6.2", L"EI6-2", L"EI6 2",
                                 L"EI6\x7F"
                                 L"2",

@@ -53,7 +53,7 @@ TEST(HexTest, Decode_ReportsInvalidPairs) {
     for (const Row& row :
          {Row{L"41fF", 0, {0x41, 0xFF}},
           Row{L"", 0, {}},
-          Row{L"0x4142", 0, {0x41, 0x42, 0xEE}},  // the last byte is for the prefix, and is not written
+          Row{L"0x4142", 0, {0x41, 0x42, 0xEE}},  // the prefix also gets a byte, but nothing is written there
           Row{L"0X41", 0, {0x41, 0xEE}},
           Row{L"0x", 0, {0xEE}},
           Row{L"x041", 1, {0xEE, 0xEE}},
@@ -85,7 +85,7 @@ TEST(HexTest, Decode_UsesTheLowEightBitsOfEachUnit) {
     EXPECT_EQ(Hex::Decode(L"\u0161"
                           L"2",
                           bytes),
-              1);  // the low byte is 'a', but only the letters a to z are converted to upper case
+              1);  // U+0161 is not one of the letters a to z, so its low byte 'a' does not become 'A'
 }
 
 /// The value of a unit. The letters a to z are converted to upper case. Then the low eight bits are read as a digit, or

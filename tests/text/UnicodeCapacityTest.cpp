@@ -1,8 +1,8 @@
 // The capacity of a result. Up to 1 Mi units, the capacity of a string is a power of two. Above 1 Mi units, it is a
-// multiple of 1 Mi units. The capacity of an array is five slots, doubled as often as necessary. Decoded strings and
-// arrays of encoded bytes have the same capacity as if the text had been appended in blocks. A block is 450 units of
-// decoded text, or at most 256 bytes of encoded text. Encoded strings have the capacity of one `reserve` for the whole
-// text.
+// multiple of 1 Mi units. The capacity of an array is five slots, doubled as often as necessary. Decoding to a string
+// gives the capacity that it would have if blocks of 450 units were appended. Encoding to an array gives the capacity
+// that it would have if blocks of at most 256 bytes were appended. Encoding to a string gives the capacity that one
+// call of `reserve` for the whole text would give.
 
 #include <string>
 

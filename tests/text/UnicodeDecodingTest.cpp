@@ -105,7 +105,7 @@ TEST(UnicodeDecoding, EveryLeadByteAgreesWithTheReference) {
 }
 
 TEST(UnicodeDecoding, LowFourBitsOfALeadByteForFourBytesArePartOfTheValue) {
-    // The low four bits of the lead byte are part of the value: F8 means 8 << 18, and so on up to FE.
+    // The low four bits of the lead byte are part of the value: F6 means 6 << 18, and so on up to FE.
     // The first unit is (value >> 10) - 0x2840, modulo 2^16.
     struct Case {
         const char* bytes;

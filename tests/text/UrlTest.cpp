@@ -27,7 +27,7 @@ using vorel::util::UrlPathSegment;
 using vorel::util::UrlQuery;
 using vorel::util::UrlQueryParameter;
 
-/// Each overload returns the buffer of its output.
+/// Each overload that has an output parameter returns the buffer of this output.
 template <class T>
 void expectBuffer(const T* returned, const BaseString<T>& output) {
     EXPECT_EQ(returned, output.c_str());
@@ -251,7 +251,8 @@ TEST(UrlDecode, BytesFromWideTextAreConvertedFromUtf8) {
     EXPECT_EQ(output, L"a +");
     EXPECT_EQ(urlDecode(L"%ED%A0%80"), L"\xD800");
     // The conversion from UTF-8 throws if a sequence begins with a byte that is not a lead byte. The last message of
-    // its exception consists of the decoded bytes, which the C runtime converts to wide text by the current locale.
+    // its exception contains the decoded bytes. The C runtime converts this message to wide text by the current locale,
+    // so the test does not compare its text.
     try {
         urlDecode(L"%80%41b", output, 0);
         ADD_FAILURE() << "nothing was thrown";

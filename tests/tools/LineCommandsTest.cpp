@@ -178,7 +178,7 @@ TEST(LineCommandsTest, ListAndRange_ReportThePositionOfBadInput) {
     const BadConversion conversions[] = {
         {{L"list", L"-y", L"integer"},
          "1;2",
-         "line 1, offset 0: expected integers, each followed by at most one comma, found \"1;2\" (valid items: 1)"},
+         "line 1, offset 0: expected integers separated by white space or commas, found \"1;2\" (valid items: 1)"},
         {{L"list", L"-y", L"double"},
          std::string(80, '1'),
          "line 1, offset 0: expected words of fewer than 80 characters, found \"" + std::string(60, '1') +

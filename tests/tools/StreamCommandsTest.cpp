@@ -177,10 +177,10 @@ TEST(StreamCommandsTest, Daylight_ReportsThePositionOfBadInput) {
     const BadConversion conversions[] = {
         {{L"daylight", L"-d"},
          "",
-         "line 1, offset 0: expected one character after the last group of four; characters there: 0"},
+         "line 1, offset 0: expected one character after the complete groups of four, found 0"},
         {{L"daylight", L"-d"},
          "EI6.",
-         "line 1, offset 4: expected one character after the last group of four; characters there: 0"},
+         "line 1, offset 4: expected one character after the complete groups of four, found 0"},
         {{L"daylight", L"-d"}, "EI6.0", "line 1, offset 4: expected 1, 2 or 3 as the last character, found '0' (0x30)"},
         {{L"daylight", L"-d"}, "2", "line 1, offset 0: expected 3 as the only character, found '2' (0x32)"},
         {{L"daylight", L"-d"},

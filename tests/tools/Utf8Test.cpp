@@ -43,7 +43,7 @@ TEST(Utf8Test, OverlongFormsAreInvalid) {
     }
 }
 
-TEST(Utf8Test, TruncatedSequencesAndValuesAboveTheLastCodePointAreInvalid) {
+TEST(Utf8Test, MalformedSequencesAndValuesAboveTheLastCodePointAreInvalid) {
     EXPECT_EQ(utf8SequenceSize(""), 0u);
     EXPECT_EQ(utf8SequenceSize("\x80"), 0u);
     EXPECT_EQ(utf8SequenceSize("\xC3"), 0u);

@@ -74,7 +74,7 @@ TEST(VisibleTest, InterpretedCharactersAndInvalidBytesAreEscaped) {
 }
 // NOLINTEND(misc-misleading-bidirectional)
 
-TEST(VisibleTest, EveryByteIsKeptOrEscapedAtEveryPositionOfAWord) {
+TEST(VisibleTest, EveryByteIsKeptOrEscapedAtEveryPosition) {
     for (int byte = 0; byte != 256; ++byte) {
         const bool isPlain = (byte >= ' ' && byte < 0x7F) || byte == '\t';
         char escape[8];

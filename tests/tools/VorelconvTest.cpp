@@ -43,7 +43,8 @@ TEST(VorelconvTest, EveryCommandHasHelp) {
 TEST(VorelconvTest, HelpDescribesSurprisingRules) {
     EXPECT_THAT(vorelconv({L"double", L"--help"}).output, HasSubstr("including leading zeros"));
     EXPECT_THAT(vorelconv({L"version", L"--help"}).output,
-                HasSubstr("even if these numbers are zero. If either text is empty, the result is false."));
+                HasSubstr("has more numbers, even zeros, or ends with a separator. If either text is empty, the\n"
+                          "result is false."));
     EXPECT_THAT(vorelconv({L"hex", L"--help"}).output, HasSubstr("replaced only if the conversion succeeds"));
 }
 

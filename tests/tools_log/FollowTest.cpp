@@ -135,7 +135,8 @@ TEST(FollowTest, WaitsForAMissingLog) {
 TEST(FollowTest, RotationsNeitherLoseNorRepeatLines) {
     const test::TemporaryLog log(2000);
     FollowingViewer viewer(log.path());
-    // A log has space for about 30 lines. Every line is shown before the next rotation can delete it.
+    // A log has space for about 30 lines, and a rotation deletes the previous backup. The viewer shows the lines of a
+    // step before a later rotation can delete them.
     constexpr int kStep = 20;
     int last = 0;
     for (int step = 0; step != 8; ++step) {

@@ -1,6 +1,7 @@
 /// \file
-/// Random logs with damage, forged headers and control characters. For any log, the output of the viewer contains
-/// nothing that a terminal would interpret, and a record whose header is in the middle of a line is marked as mid-line.
+/// Random logs with damage, forged headers and control characters. For any log, the output of the viewer contains no
+/// characters that a terminal would interpret, except tabs and line feeds. A record whose header is in the middle of a
+/// line is marked as mid-line.
 
 #include <algorithm>
 #include <random>

@@ -46,7 +46,7 @@ std::string encoded(unsigned int codePoint) {
     return bytes;
 }
 
-/// The text of a JSON string, decoded by the grammar of JSON.
+/// The text of a JSON string. Supports only the escapes that appendJson writes.
 std::string decoded(std::string_view json) {
     std::string text;
     for (std::size_t at = 1; at < json.size() - 1; ++at) {

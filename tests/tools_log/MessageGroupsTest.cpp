@@ -102,7 +102,7 @@ TEST(MessageGroupsTest, TrailsAreComparedUpToTheLimit) {
     EXPECT_EQ(groups.size(), 3u);
 }
 
-TEST(MessageGroupsTest, FormOfAMessageLeavesTheEarlierPartsOfAGroupIntact) {
+TEST(MessageGroupsTest, FormOfAMessageLeavesTheEarlierPartsOfTheKeyIntact) {
     const std::string message = "1.23456789abc6";  // a number and a hexadecimal word
     MessageGroups groups;
     groups.add(recordOf(header() + message), 0);
@@ -131,7 +131,7 @@ std::vector<vorellog::Record> recordsByHash(std::size_t count, std::size_t divis
     return records;
 }
 
-/// The shortest of three measured times in which the records are added several times.
+/// Adds the records five times to new groups, and measures the time. Returns the shortest time of three such runs.
 std::chrono::nanoseconds timeOfAdding(const std::vector<vorellog::Record>& records) {
     auto shortest = std::chrono::nanoseconds::max();
     for (int count = 0; count != 3; ++count) {
@@ -148,12 +148,12 @@ std::chrono::nanoseconds timeOfAdding(const std::vector<vorellog::Record>& recor
     return shortest;
 }
 
-TEST(MessageGroupsTest, MessagesWithCollidingHashesTakeNoMoreTime) {
+TEST(MessageGroupsTest, MessagesWithCollidingHashesAreNotMuchSlower) {
     constexpr std::size_t kCount = 5000;
-    constexpr std::size_t kBuckets = 5087;  // of a hash table of libstdc++ with kCount elements
+    constexpr std::size_t kBuckets = 5087;  // the buckets of a hash table of libstdc++ with kCount elements
     const auto usual = timeOfAdding(recordsByHash(kCount, 1));
     const auto colliding = timeOfAdding(recordsByHash(kCount, kBuckets));
-    EXPECT_LT(colliding.count(), 8 * usual.count());  // more than 20 times as long with a hash table
+    EXPECT_LT(colliding.count(), 8 * usual.count());  // a hash table would take more than 20 times as long
 }
 
 TEST(ProcessSetTest, ProcessesBeyondTheLimitAreCountedAsOneProcess) {

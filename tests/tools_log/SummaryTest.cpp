@@ -221,7 +221,7 @@ TEST(SummaryTest, FirstAndLastTimesHaveMillisecondsIfTheirLinesHaveThem) {
     }
 }
 
-TEST(SummaryTest, OneRecordIsShownWithATimeInsteadOfAPeriod) {
+TEST(SummaryTest, SummaryOfOneRecordShowsOneTime) {
     EXPECT_THAT(summaryOf({header() + "WARN: a"}).text(),
                 ::testing::StartsWith("1 record of 1 process at 2026-11-16 01:43:08\n"));
 }

@@ -82,7 +82,7 @@ TEST(TailStartTest, PartGrowsUntilItContainsEnoughMatches) {
 }
 
 // With --fold, the part must contain 1,000 additional entries. Trails that begin before the part are incomplete, and
-// the additional entries keep these trails out of the shown entries.
+// the additional entries usually keep these trails out of the shown entries.
 TEST(TailStartTest, Fold_RequiresAdditionalEntriesInThePart) {
     Files files;
     files.bytes = linesOf(20000, "Vorel Error: f: Vorel exception caught");

@@ -215,7 +215,7 @@ TEST(TrailAssemblerTest, SystemTextsBelongToTheTrailOfTheirFailure) {
                 ElementsAre("a > HRESULT: 80070005 - No. >  > f: Vorel exception caught caught"));
 }
 
-TEST(TrailAssemblerTest, RecordAfterTheGapStartsANewTrail) {
+TEST(TrailAssemblerTest, RecordAfterALongGapStartsANewTrail) {
     // A record on 2026-11-16 at `clock`, which may have milliseconds after a period.
     const auto at = [](const std::string& clock, const std::string& body) {
         return "[Mon Nov 16 " + clock.substr(0, 8) + " 2026]" + clock.substr(8) + " host7.1.1: " + body;
@@ -291,7 +291,7 @@ TEST(TrailAssemblerTest, MidLineRecordsDoNotAffectTrails) {
     }
 }
 
-TEST(TrailAssemblerTest, OpenTrailDelaysRecordsOfOtherWritersUntilTheGap) {
+TEST(TrailAssemblerTest, OpenTrailDelaysRecordsOfOtherWritersForFiveSeconds) {
     std::vector<std::string> shown;
     TrailAssembler assembler(
         [&](const Trail& trail) { shown.emplace_back(trail.records.front().parsedBody().message); });

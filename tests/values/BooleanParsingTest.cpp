@@ -103,7 +103,7 @@ TYPED_TEST(BooleanParsing, StringToBoolean_ReadsIntegers) {
                            {" 42", true, 3},
                            {"1 ", true, 2},
                            {"0 ", false, 2},
-                           {"7 \t", true, 3},  // because of the white space, the digit is parsed as an integer
+                           {"7 \t", true, 3},  // not a single character, so the digit is parsed as an integer
                            {"4294967296", false, 10},
                            {"4294967297", true, 10}});
 }

@@ -1,4 +1,4 @@
-// Lists of ranges: the separators, ranges with an open end, and invalid items.
+// Lists of ranges: the separators, ranges without a start or an end, and invalid items.
 
 #include <string>
 #include <vector>
@@ -47,7 +47,7 @@ void expectRow(const Row& row) {
     EXPECT_EQ(valuesOf(ends), row.ends) << (row.text ? row.text : L"null");
 }
 
-TEST(ListParsingRanges, SingleNumberIsARangeOfOneNumber) {
+TEST(ListParsingRanges, RangeIsOneNumberOrTwoNumbersInAnyOrder) {
     for (const Row& row :
          {Row{L"7", {7}, {7}}, Row{L"1-5,7", {1, 7}, {5, 7}}, Row{L"+3", {3}, {3}}, Row{L"0", {0}, {0}},
           Row{L"9-3", {9}, {3}}, Row{L"+1-+2", {1}, {2}}, Row{L"1-5,2-6,3-7", {1, 2, 3}, {5, 6, 7}}}) {

@@ -54,10 +54,10 @@ double powerOfTwo(RandomText& random) {
     return neighbour(std::ldexp(1.0, static_cast<int>(random.below(2098)) - 1074), random);
 }
 
-/// In most cases, a value halfway between two numbers of fifteen significant digits: the value has sixteen significant
-/// digits. The last digit is 5, because the value is an odd number divided by a power of two. Some values, mostly with
-/// the highest powers, have seventeen digits, so they are not halfway. If the power is 2^17 or higher, a value of
-/// sixteen digits is below 0.1. Returns 0 if a double cannot represent the odd number.
+/// An odd number below 2^53, divided by a power of two from 2^1 to 2^22. Most of these values have sixteen significant
+/// digits. The last digit is 5, so the value is halfway between two numbers of fifteen digits. If the divisor is 2^17
+/// or more, a value of sixteen digits is below 0.1. Some values, mostly with the highest powers, have seventeen digits
+/// and are not halfway.
 double tie(RandomText& random) {
     const int twos = 1 + static_cast<int>(random.below(22));
     double least = 1e15;
@@ -66,7 +66,7 @@ double tie(RandomText& random) {
     }
     const auto first = static_cast<std::uint64_t>(std::ceil(least));
     const std::uint64_t odd = (first + random.bits() % (first * 9)) | 1;
-    return odd < std::uint64_t{1} << 53 ? std::ldexp(static_cast<double>(odd), -twos) : 0;
+    return std::ldexp(static_cast<double>(odd), -twos);
 }
 
 /// An integer halfway between two numbers of fifteen significant digits: it has seventeen digits, and the last two are

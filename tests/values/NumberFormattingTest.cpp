@@ -143,7 +143,8 @@ TEST(NumberFormatting, DoubleToString_TruncatesSpecialTextsAndMagnitudesFrom0_1)
     }
 }
 
-// The text is truncated first. The third digit of the exponent and the ".0" of JSON are then added if they fit.
+// The text is truncated first. Then the ".0" of JSON is added if it fits. Last, the third digit of the exponent is
+// added if it still fits.
 TEST(NumberFormatting, DoubleToString_NormalisesNarrowTextsAfterTruncation) {
     struct Cut {
         double value;

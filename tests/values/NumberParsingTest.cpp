@@ -1,5 +1,5 @@
-// Integers of every width, decimal and hexadecimal, and a null text for every parser. Other tests of doubles, and the
-// tests of the `try` and `canCoerce` functions, are in separate files.
+// The parsers of integers of every width, decimal and hexadecimal. Of `stringToDouble`, only the null text is tested
+// here. Its other tests, and the tests of the `try` and `canCoerce` functions, are in separate files.
 
 #include "vorel/values/NumberParsing.h"
 

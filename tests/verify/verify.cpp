@@ -6,7 +6,7 @@
 /// The test programs are in the folder of verify.exe, and `tests.txt` in this folder lists their command lines. The
 /// results are the XML files of the GoogleTest programs, and summary.html. They are written below the folder `results`
 /// of the archive, or below the folder for temporary files if the archive is not writable. The exit code is 0 if cases
-/// passed and none failed, 2 if the tests could not be run, and otherwise 1.
+/// passed and none failed, 2 if the tests could not be run or summary.html could not be written, and otherwise 1.
 
 #include <algorithm>
 #include <atomic>
@@ -71,8 +71,8 @@ fs::path programFolder() {
         std::wstring shortForm(folder.size() + MAX_PATH, L'\0');
         shortForm.resize(GetShortPathNameW(folder.c_str(), shortForm.data(), static_cast<DWORD>(shortForm.size())));
         if (shortForm.empty() || !isNarrow(shortForm)) {
-            throw std::runtime_error("the archive must be in a folder whose name has only letters of the system's code "
-                                     "page, because some tests start themselves by this name");
+            throw std::runtime_error("the archive must be in a folder whose name has only characters of the system's "
+                                     "code page, because some tests start themselves by this name");
         }
         folder = shortForm;
     }

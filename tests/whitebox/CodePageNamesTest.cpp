@@ -96,7 +96,8 @@ TEST(CodePageNames, AreFoundInAnyCase) {
     }
 }
 
-/// The hash function of the map: 31 times the previous hash plus the byte, with A to Z in lower case.
+/// The hash function of the library's map of names. For each byte, the new hash is 31 times the previous hash plus the
+/// byte, with A to Z in lower case.
 std::uint32_t hashOf(const std::string& name) {
     std::uint32_t hash = 0;
     for (const char c : name) {

@@ -90,8 +90,8 @@ class CodePages : public ::testing::Test {
 protected:
     void SetUp() override { System::instance() = System(); }
 
-    /// Runs `operation` while the system fails with `error`, and returns the result of `operation`. errno is
-    /// `kUntouched` before the call.
+    /// Sets errno to `kUntouched`, runs `operation` while the system fails with `error`, and returns the result of
+    /// `operation`.
     template <class Operation>
     auto underFailure(DWORD error, Operation&& operation) {
         m_system.result = 0;

@@ -289,7 +289,7 @@ TYPED_TEST(Format, MessageText_ThatChangesAfterMeasuringIsRenderedIfItStillFits)
             }
             return print.original(options, buffer, size, format, locale, args);
         });
-        // The library itself renders "%s". Because of the flag '-', it calls the hooked function.
+        // The library renders a plain "%s" itself. For "%-s", it calls the hooked function.
         MessageText<TypeParam> message;
         message.renderf(this->text("%-s").c_str(), argument.c_str());
         EXPECT_FALSE(message.truncated());

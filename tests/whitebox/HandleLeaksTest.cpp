@@ -163,8 +163,9 @@ protected:
     const Resources resources;
 };
 
-/// Whether no object has the name. If an object of any other kind has the name, both calls fail with another error.
+/// Whether no object has the name.
 bool isNameFree(const std::wstring& name) {
+    // If an object of another kind has the name, both calls fail, but not with ERROR_FILE_NOT_FOUND.
     const Handle mutex(OpenMutexW(SYNCHRONIZE, FALSE, name.c_str()));
     const DWORD mutexError = GetLastError();
     const Handle mapping(OpenFileMappingW(FILE_MAP_READ, FALSE, name.c_str()));

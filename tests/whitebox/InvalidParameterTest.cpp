@@ -1,5 +1,5 @@
 /// \file
-/// How the library installs, counts and removes its invalid-parameter handler.
+/// How the library installs and removes its invalid-parameter handler, and counts the installations.
 
 #include "exceptions/InvalidParameter.h"
 

@@ -1,7 +1,6 @@
 /// \file
-/// Counts the open handles of mutexes, events, files, file mappings and thread tokens that the library has opened, and
-/// of those that the test program has opened. The library must be linked statically, because the calls of a DLL cannot
-/// be hooked.
+/// Counts the open handles of mutexes, events, files, file mappings and thread tokens, including the handles that the
+/// test program itself has opened. The library must be linked statically, because the calls of a DLL cannot be hooked.
 #pragma once
 
 #include <cstddef>

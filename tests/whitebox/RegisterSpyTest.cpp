@@ -38,8 +38,8 @@ TEST(RegisterSpy, WaitsForTheLockWhileThreadSafetyIsOn) {
 TEST(RegisterSpy, DoesNotLockWhileThreadSafetyIsOff) {
     Spy spy;
     vorel::AutoCriticalSection& lock = *spyLock.get();
-    // `expectPasses` locks `lock` before the action and unlocks it afterwards. Both calls do nothing while thread
-    // safety is off. So only the action switches thread safety off.
+    // `expectPasses` locks `lock` before the action and unlocks it after the action. Without thread safety, both calls
+    // would do nothing. So thread safety is switched off only during the action.
     test::expectPasses(lock, [&] {
         EnableThreadSafety(false);
         AllocBase::registerSpy(&spy);

@@ -55,10 +55,10 @@ protected:
     bool fileCreated = true;
     bool mappingCreated = true;
 
-    // Results of the calls.
-    int mappingExistsFrom = 1000;  // the number of the first opening (from 0) that finds a mapping
-    int filesFailFrom = 1000;      // the number of the first attempt (from 0) that cannot open the file
-    int mappingsFailUntil = 0;     // attempts before this number (from 0) fail to create the mapping
+    // Results of the calls. The calls of each kind are numbered from 0.
+    int mappingExistsFrom = 1000;  // from this number on, calls that open a mapping succeed
+    int filesFailFrom = 1000;      // from this number on, calls that open the file fail
+    int mappingsFailUntil = 0;     // before this number, calls that create the mapping fail
     DWORD fileError = 0;           // the last error after opening the file
     DWORD mappingError = 0;        // the last error after creating the mapping
     HANDLE lastFile = nullptr;

@@ -2,8 +2,8 @@
 /// Runs cases and peers. Some of their names must be quoted in a CSV file. Prints how often the passes of the first
 /// case ran.
 ///
-/// In the case "unsteady", a pass of the library takes twelve milliseconds in one sample and three milliseconds in the
-/// next sample, in turn. A sample of this pass consists of four passes, or of one pass with `--rounds 1`.
+/// In the case "unsteady", each pass of the library takes twelve milliseconds in one sample and three milliseconds in
+/// the next sample, in turn. In this case, a sample has four passes, or one pass with `--rounds 1`.
 
 #include <chrono>
 #include <cstdio>
