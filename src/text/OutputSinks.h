@@ -158,11 +158,11 @@ private:
 
 /// Writes the output piece by piece until `atEnd()` returns true. `produce(out, capacity)` writes at most `capacity`
 /// units to the sink and returns their number. The number is 0 if the next character does not fit or is invalid. In
-/// that case, and if the sink has no unused capacity, `produceBlock(out)` writes the next units to a local block, and
+/// that case, or if the sink has no unused capacity, `produceBlock(out)` writes the next units to a local block, and
 /// the block is appended to the sink. `produceBlock` writes at least `Block` units unless the text ends or an invalid
-/// character follows, and at most `Overhang` units more. `unitsLeft()` counts the
-/// units that follow, or returns nullopt if the text is invalid. If the text is invalid, `fill` returns false before
-/// the sink grows. If another thread changes the text meanwhile, the sink grows again.
+/// character follows, and at most `Block` + `Overhang` units. `unitsLeft()` counts the units that follow, or returns
+/// nullopt if the text is invalid. If the text is invalid, `fill` returns false before the sink grows. If another
+/// thread changes the text meanwhile, the sink grows again.
 template <unsigned int Block, unsigned int Overhang, class Sink, class Produce, class ProduceBlock, class UnitsLeft,
           class AtEnd>
 bool fill(Sink&& sink, Produce&& produce, ProduceBlock&& produceBlock, UnitsLeft&& unitsLeft, AtEnd&& atEnd) {

@@ -36,8 +36,8 @@ VOREL_API int iconv_open_codepage(int to, int from);
 ///         problem."
 VOREL_API std::size_t iconv(int converter, char** in, std::size_t* inLeft, char** out, std::size_t* outLeft);
 
-/// Returns 0, or -1 with `errno` EBADF if one half of `converter` is 0xFFFF, as both halves of -1 are. There is nothing
-/// to free.
+/// Returns 0. If the lower or the upper sixteen bits of `converter` are 0xFFFF, returns -1 with `errno` EBADF; the
+/// result -1 of a failed call is such a value. There is nothing to free.
 VOREL_API int iconv_close(int converter) noexcept;
 
 /// Does nothing: a converter has no state.
