@@ -44,8 +44,8 @@ void split(const T* text, const T* delimiterText, Array<BaseString<T>>& parts) {
     algorithms::splitAtDelimiters(copy.view(), delimiter, [&parts](View<T> part) { parts.append(stringOf(part)); });
 }
 
-/// Consumes a quoted item and returns true. If its quotes are invalid, logs a trace, consumes nothing, and returns
-/// false; `item` may then contain a part of the text.
+/// Consumes a quoted item and returns true. If its quotes are invalid, calls `Exception::trace`, consumes nothing, and
+/// returns false; `item` may then contain a part of the text.
 template <class T>
 bool consumeQuoted(algorithms::QuotedItems<T>& items, BaseString<T>& item) {
     switch (items.consumeQuoted(item)) {

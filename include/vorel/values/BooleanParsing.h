@@ -17,8 +17,9 @@ extern VOREL_API const wchar_t* const TAL_False;
 /// but must not follow a letter or a word. By design, if the rest is a single digit from 2 to 9, it is true in wide
 /// text but not accepted in narrow text; "7 " and "07" are true in both. Any other text is false.
 ///
-/// `end`, if not null, receives the position after the value and after the white space that follows it (before the
-/// point of "2.0"), or where the value was expected. A null text gives false and a null end.
+/// `end`, if not null, receives the position after the value and the white space that follows it; for "2.0", the
+/// position of the point. If the text has no value, it receives the position where the value was expected. A null text
+/// gives false and a null end.
 VOREL_API bool stringToBoolean(const char* text, char** end) noexcept;
 VOREL_API bool stringToBoolean(const wchar_t* text, wchar_t** end) noexcept;
 

@@ -29,8 +29,8 @@ VOREL_API int strcmpAdvanced(const wchar_t* a, const wchar_t* b, strcmpAdvFlag f
 
 /// Whether `version` is at least `required`, compared number by number; any single character separates two numbers.
 /// False if either text is null or empty. By design, if all numbers of `version` are equal to the first numbers of
-/// `required`, and `required` has more numbers, the result is false, even if these numbers are zero. Also by design, if
-/// no two numbers at the same position differ, and `required` ends with a separator, the result is false.
+/// `required`, and `required` has more numbers, the result is false, even if the additional numbers are zero. Also by
+/// design, if no two numbers at the same position differ, and `required` ends with a separator, the result is false.
 ///
 ///     "10.2", "9.9"  ->  true        "1.2.3", "1.2"  ->  true        "1.2", "1.2.0"  ->  false
 ///     "1.2.3", "1.2."  ->  false

@@ -1,7 +1,7 @@
 /// \file
-/// Joins strings into one text. If the delimiter is one character, `singleStringToMultipleStrings` can split this text
-/// again. But it does not restore an empty last item, and it removes the quotes of a single item that was already
-/// quoted.
+/// Joins strings into one text. If the delimiter is one character other than a double quote,
+/// `singleStringToMultipleStrings` can split this text again. But it does not restore an empty last item, and it
+/// removes the quotes of a single item that was already quoted.
 #pragma once
 
 #include "vorel/Export.h"

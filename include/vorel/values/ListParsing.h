@@ -3,7 +3,7 @@
 /// replace its content. The result is true if the whole text was read. If the result is false, the array holds the
 /// values that were read. If memory runs out, the result is false too, and the error log has the reason; only
 /// `stringToLongRanges` throws. A null text is an empty list. `text` may point into an array that the function changes.
-/// The arrays belong to the caller; apart from that, every function may be called from any thread.
+/// Every function may be called from any thread, but no other thread may use the arrays during the call.
 #pragma once
 
 #include "vorel/Export.h"
