@@ -28,7 +28,8 @@ private:
     bool m_strict;
 };
 
-constexpr tools::Option kStrictOption = {L"strict", L's', {}, L"reject on, off, and integers other than 1 and 0"};
+constexpr tools::Option kStrictOption = {
+    L"strict", L's', {}, L"accept only the digits 1 and 0 as integers; reject the words on and off"};
 
 int run(const tools::Arguments& arguments) {
     BooleanFilter filter(arguments.has(kStrictOption.name));

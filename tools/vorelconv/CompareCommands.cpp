@@ -65,8 +65,8 @@ constexpr Command kSort = {
                .options = kSortOptions,
                .operands = kInputOperand,
                .maxOperands = 1,
-               .details = L"All other characters are compared by their codes. Equal lines (\"7\" and \"007\")\n"
-                          L"keep their order. All lines must fit into memory.\n"
+               .details = L"All other characters are compared by their UTF-16 units. Equal lines (\"7\" and\n"
+                          L"\"007\") keep their order. All lines must fit into memory.\n"
                           L"\n"
                           L"  vorelconv sort names.txt             file2 before file10"},
     .run = runSort};
@@ -114,9 +114,9 @@ constexpr Command kVersion = {
                .minOperands = 2,
                .maxOperands = 2,
                .details = L"Compares number by number; any single character separates two numbers. If all\n"
-                          L"numbers are equal, and the required version has more numbers, the result is false,\n"
-                          L"even if these numbers are zero. If either text is empty, the result is false.\n"
-                          L"Writes \"true\" (exit code 0) or \"false\" (exit code 1).\n"
+                          L"numbers at the same positions are equal, the result is false if the required version\n"
+                          L"has more numbers, even zeros, or ends with a separator. If either text is empty, the\n"
+                          L"result is false. Writes \"true\" (exit code 0) or \"false\" (exit code 1).\n"
                           L"\n"
                           L"  vorelconv version 10.2 9.9           true\n"
                           L"  vorelconv version 1.2 1.2.0          false"},

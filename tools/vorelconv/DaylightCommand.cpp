@@ -73,7 +73,7 @@ private:
 
     static void checkEnd(std::string_view text) {
         if (text.size() % kGroupCharacters != 1) {
-            throw BadInput{text.size(), L"expected one character after the last group of four; characters there: " +
+            throw BadInput{text.size(), L"expected one character after the complete groups of four, found " +
                                             std::to_wstring(text.size() % kGroupCharacters)};
         }
         const char count = text.back();

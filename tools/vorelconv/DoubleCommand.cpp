@@ -89,8 +89,10 @@ constexpr Command kCommand = {
                .operands = kInputOperand,
                .maxOperands = 1,
                .details = L"Writes at most fifteen significant digits and exponents of three digits. Numbers\n"
-                          L"between -0.1 and 0.1, except 0, always have an exponent. Reads only the first\n"
-                          L"eighteen digits, including leading zeros. Numbers out of range become Inf, -Inf or 0.\n"
+                          L"between -0.1 and 0.1, except 0, always have an exponent. Only the first\n"
+                          L"eighteen digits count, including leading zeros; later digits count as 0. Numbers that\n"
+                          L"are too large become Inf or -Inf (with --json, \"Infinity\" or \"-Infinity\" in quotes).\n"
+                          L"Numbers that are too small become 0.\n"
                           L"\n"
                           L"  vorelconv double --text 0.05                        5.e-002\n"
                           L"  vorelconv double --json --text 1e20                 1.0e+020\n"

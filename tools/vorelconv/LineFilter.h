@@ -8,7 +8,7 @@ namespace conv {
 
 /// Splits a stream of UTF-8 into lines. A line ends with LF or at the end of the text; a CR directly before this end is
 /// dropped. A byte-order mark before the first line is dropped. A line that is not valid UTF-8 or contains a zero byte
-/// is invalid input. Every line must fit into memory, and a line of 2^30 or more bytes is rejected.
+/// is invalid input. Every line must fit into memory, and a line of more than 2^30 bytes is rejected.
 class LineFilter : public Filter {
 public:
     std::size_t convert(std::string_view block, bool last, std::string& result) final;

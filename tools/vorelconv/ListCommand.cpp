@@ -55,9 +55,9 @@ struct ListType {
 };
 
 constexpr ListType kTypes[] = {
-    {L"integer", L"integers, each followed by at most one comma", readList<int, vorel::util::stringToIntegerArray>,
+    {L"integer", L"integers separated by white space or commas", readList<int, vorel::util::stringToIntegerArray>,
      &kInt32Limits, kInt32Expected},
-    {L"unsigned", L"integers without '-', each followed by at most one comma",
+    {L"unsigned", L"integers without '-', separated by white space or commas",
      readList<unsigned int, vorel::util::stringToUIntegerArray>, &kUint32Limits, kUint32Expected},
     {L"double", L"words of fewer than 80 characters", readList<double, vorel::util::stringToDoubleArray>},
     {L"boolean", L"words of fewer than 80 characters", readList<bool, vorel::util::stringToBooleanArray>},
@@ -174,7 +174,7 @@ constexpr tools::Option kOptions[] = {kTypeOption, kDelimiterOption, kTrimOption
 
 constexpr Command kCommand = {
     .syntax = {.command = kName,
-               .summary = L"split lists, one per line, into one item per line, or join them",
+               .summary = L"write each item of a list on its own line, or join all lines into one list",
                .options = kOptions,
                .operands = kInputOperand,
                .maxOperands = 1,
@@ -189,8 +189,9 @@ constexpr Command kCommand = {
                           L"          is out of the range of the type is an error.\n"
                           L"double, boolean\n"
                           L"          Items are separated by white space. For double, words that are not numbers are\n"
-                          L"          ignored. For boolean, words that are neither booleans nor integers are ignored.\n"
-                          L"          A word of 80 or more characters is an error.\n"
+                          L"          ignored. For boolean, all words except true, t, false, f (in either case) and\n"
+                          L"          integers are ignored, even yes and no. A word of 80 or more characters is an\n"
+                          L"          error.\n"
                           L"\n"
                           L"  vorelconv list --delimiter \";\" --text \"a b;c\"   a b, then c on the next line\n"
                           L"  vorelconv list --type integer --text \"1 ,2 3\"   1, 2 and 3, one per line"},
