@@ -93,7 +93,7 @@ private:
     const std::wstring& m_name;
     std::vector<char> m_buffer;
     z_stream m_stream{};
-    bool m_isAtEnd = false;  ///< whether a member has just ended
+    bool m_isAtEnd = false;  ///< whether a member has ended, and no other member has started
     bool m_isPadding = false;
 };
 

@@ -31,8 +31,8 @@ public:
     void bytes(std::string_view bytes) override;
 
     /// An incomplete character at the end of UTF-16 becomes U+FFFD.
-    /// \throws tools::Failure if compressed data ends early: the text up to this point, and the end of the file, have
-    ///         been delivered to the sink. tools::Failure if a file of fewer than four bytes has damaged compressed
+    /// \throws tools::Failure if compressed data ends early. In that case, the sink has already received the text up to
+    ///         there, and the end of the file. tools::Failure if a file of fewer than four bytes has damaged compressed
     ///         data.
     void endOfFile() override;
 

@@ -44,8 +44,9 @@ struct TimeSpan {
 ///     90s, 15m, 2h, 3d                                        the time that is this much before `now`
 ///     Mon Nov 16 01:43:08 2026                                a second, in the format of the log
 ///
-/// In each form, a time of day may have seconds, and the seconds may have three decimals. The separator between date
-/// and time is 'T' or a space. Returns nullopt for any other text. `now` must not be before 1970.
+/// In each form except the last, a time of day may have seconds, and the seconds may have three decimals. The separator
+/// between a date such as 2026-11-16 and its time of day is 'T' or a space. Returns nullopt for any other text. `now`
+/// must not be before 1970.
 std::optional<TimeSpan> parseTypedTime(std::string_view text, LocalMs now, const TimeZone& zone) noexcept;
 
 /// Appends a time in the form "2026-11-16T01:43:08", or "2026-11-16T01:43:08.045" if `withMilliseconds`. `separator` is

@@ -76,7 +76,7 @@ bool startsWithGuid(std::string_view text) noexcept {
                       [](char pattern, char c) { return pattern == 'x' ? isHex(classOf(c)) : c == pattern; });
 }
 
-/// Writes the form of one message.
+/// Writes the form of one message. A token of the message is a part between two separators; quotes are separators, too.
 class FormWriter {
 public:
     FormWriter(std::string& out, std::string_view message) noexcept : m_out(out), m_text(message) {}
@@ -164,7 +164,7 @@ private:
     }
 
     /// If the digit at `at` is the first digit of a GUID, replaces the whole GUID and returns true. The word that
-    /// contains this digit starts at `group`. It may be any of the five groups of a GUID.
+    /// contains this digit starts at `group`. This word may be any of the five groups of a GUID.
     bool guid(std::size_t group, std::size_t at) {
         constexpr std::size_t kGuidSize = 36;
         for (const std::size_t offset : {0U, 9U, 14U, 19U, 24U}) {  // offsets of the groups in a GUID

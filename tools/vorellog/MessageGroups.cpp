@@ -94,7 +94,7 @@ std::vector<const MessageGroups::Group*> MessageGroups::sorted() const {
     for (const auto& [key, group] : m_groups) {
         groups.push_back(&group);
     }
-    // Groups with equal numbers and times are ordered by their texts.
+    // Groups with equal numbers of entries and equal times of the latest entry are ordered by their texts.
     std::sort(groups.begin(), groups.end(), [](const Group* a, const Group* b) {
         return std::tie(b->entries.records, b->entries.lastMs, a->prefix, a->message, a->trail) <
                std::tie(a->entries.records, a->entries.lastMs, b->prefix, b->message, b->trail);

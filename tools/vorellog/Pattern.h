@@ -1,6 +1,6 @@
 /// \file
-/// Regular expressions in the syntax of RE2: a subset of the syntax of Perl, without backreferences and lookaround, for
-/// example. The time of a search is always linear in the size of the text.
+/// Regular expressions in the syntax of RE2: like the syntax of Perl, but without backreferences and lookaround. The
+/// time of a search is always linear in the size of the text.
 #pragma once
 
 #include <memory>

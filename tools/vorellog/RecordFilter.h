@@ -30,7 +30,7 @@ struct FilterChoices {
     std::vector<unsigned long> threads{};
     std::vector<std::string> prefixes{};  ///< without the colon; the case of A to Z is ignored
     /// A record must contain one of `texts`, or match one of `patterns`, in its prefix and message. If both are empty,
-    /// every record is selected.
+    /// they exclude no record.
     std::vector<std::string> texts{};
     std::vector<std::shared_ptr<const Pattern>> patterns{};
     bool ignoreCase = false;  ///< ignores the case of A to Z in `texts`

@@ -23,7 +23,7 @@ constexpr tools::Option kOptions[] = {
     {L"thread", L't', L"id", L"only records of this thread"},
     {L"prefix", L'P', L"prefix", L"only records with this prefix, ignoring case: error, WARN, DEBUG, or a custom one"},
     {L"from", {}, L"time", L"only records from this time on"},
-    {L"to", {}, L"time", L"only records up to the end of this second, minute or day"},
+    {L"to", {}, L"time", L"only records up to this time; a day, minute or second is included as a whole"},
     {L"time-zone", {}, L"offset", L"zone of the times in the log: Z or +02:00 (default: that of this computer)"},
     {L"text", L'e', L"text", L"only records that contain this text"},
     {L"regexp", L'E', L"expression", L"only records that contain a match"},
@@ -35,7 +35,7 @@ constexpr tools::Option kOptions[] = {
     {L"tail", L'n', L"count", L"show only this many entries at the end of the log"},
     {L"fold", L'F', {}, L"show the records of one exception as one entry"},
     {L"summary", L's', {}, L"show how often, since when and in how many processes each message occurs"},
-    {L"top", {}, L"count", L"with --summary: show this many messages and processes (default: 10; with --json: all)"},
+    {L"top", {}, L"count", L"with --summary: show this many messages and table rows (default: 10; with --json: all)"},
     {L"report", L'r', L"file", L"write a report with charts to this file: one HTML page"},
     {L"json", L'j', {}, L"write JSON, one object per line"},
     {L"color", {}, L"when", L"always, never, or auto (default): on a console unless NO_COLOR is set"},
@@ -59,9 +59,9 @@ constexpr std::wstring_view kDetails =
     L"An expression has the syntax of RE2: like Perl's, without backreferences and\n"
     L"lookaround. It is searched in prefix and message; ^ and $ match at each line.\n"
     L"\n"
-    L"--summary counts messages that differ only in numbers and ids (#), paths (<path>)\n"
-    L"and quoted texts (\"...\" or '...') as one; with --fold, exceptions with equal\n"
-    L"trails.\n"
+    L"--summary counts similar messages together: they differ only in numbers and ids\n"
+    L"(shown as #), paths (<path>) and quoted texts (\"...\" or '...'). With --fold, it\n"
+    L"counts exceptions together whose messages are similar, one by one.\n"
     L"\n"
     L"--report shows messages, their latest trails, their timelines and the processes. It\n"
     L"always folds exceptions. The page can be opened without a network.\n"

@@ -23,8 +23,8 @@ namespace vorellog {
 
 class Summary {
 public:
-    /// The maximum number of pairs of process and prefix that are counted separately. Further pairs, and pairs of
-    /// processes beyond ProcessTable::kMaxProcesses, are counted together as kOthers.
+    /// The maximum number of pairs of process and prefix that are counted separately. Further pairs, and all pairs with
+    /// a process beyond ProcessTable::kMaxProcesses, are counted together as kOthers.
     static constexpr std::size_t kMaxRows = 20000;
     static constexpr std::string_view kOthers = "(others)";
 
@@ -78,7 +78,7 @@ private:
     MessageGroups m_groups;
     Histogram m_histogram;
     Row m_all;                         ///< all records with a header
-    unsigned long long m_entries = 0;  ///< records, exceptions, and lines without a header
+    unsigned long long m_entries = 0;  ///< single records, exceptions, and lines without a header
     bool m_hasMoreProcesses = false;   ///< whether there are more processes than the table can hold
     std::array<unsigned long long, kDamages> m_damage{};
 };

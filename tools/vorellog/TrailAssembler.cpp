@@ -32,8 +32,9 @@ bool isLate(LocalMs timeMs, LocalMs lastMs, TrailStep step) noexcept {
            (isFailure && timeMs / kSecond - lastMs / kSecond > TrailAssembler::kFailureGapSeconds);
 }
 
-/// If the trail already has a record of the function that `record` names, a second failure may have begun after the
-/// earlier record. Returns the index of the last message after the earlier record, if there is such a message.
+/// If the trail already has a record with the same form as `record`, a second failure may have begun after the earlier
+/// record. Returns the index of the last record after the earlier record that has the step TrailStep::Message; nullopt
+/// if there is none.
 std::optional<std::size_t> findLaterFailure(const Trail& trail, const Record& record) {
     const std::optional<std::size_t> before = findSameForm(trail, record);
     if (!before) {

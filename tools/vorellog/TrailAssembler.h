@@ -8,10 +8,10 @@
 /// The log does not say which records belong together. But the records of a thread are in the order in which the thread
 /// wrote them, and "…caught" ends a trail. So a trail is recognised by the writer and the form of its records. A
 /// program may also catch an exception without writing a record. In that case the trail ends before the first record
-/// that cannot belong to the same exception:
+/// that cannot belong to the same exception (a message and a system text are steps of TrailStep):
 ///
 ///   - "…: Severe error thrown" and "…: TestAndThrow test failed" always begin a trail;
-///   - if the trail already contains a message, an equal message begins the next trail (numbers are not compared, so
+///   - if a message of the trail is repeated, the repetition begins the next trail (numbers are not compared, so
 ///     "row 7" and "row 12" are equal);
 ///   - if the trail already contains an equal "…rethrown" record, the last message between the two records begins the
 ///     next trail;

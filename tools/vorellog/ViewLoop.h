@@ -36,8 +36,8 @@ class ViewLoop {
 public:
     /// With --follow, the time until the next poll if all bytes have been read, or if a busy file has been reported.
     static constexpr LocalMs kPollMs = 100;
-    /// The time between two attempts to read a busy file that has not been reported yet, or, without --follow, the rest
-    /// of the last line.
+    /// The time until the next poll if a file is busy and this has not been reported yet. Without --follow, also the
+    /// time between polls for the rest of the last line.
     static constexpr LocalMs kBusyMs = 5;
     /// If a file is busy for longer, run() throws. But with --follow, run() reports this once and continues to wait.
     static constexpr LocalMs kMaxBusyMs = 10000;

@@ -28,8 +28,8 @@ namespace vorellog {
 class Viewer : public LogSink {
 public:
     /// `write` receives the output in pieces of whole lines. If `screenRows` is not 0, the output is a console with
-    /// that many rows. If a log is followed, its summary is then redrawn after a change, at most once per second. A
-    /// summary in JSON is not redrawn.
+    /// that many rows, and the summary of a followed log is redrawn after a change, at most once per second. A summary
+    /// in JSON is not redrawn.
     Viewer(const Settings& settings, bool withColours, std::function<void(std::string_view)> write,
            std::size_t screenRows = 0);
 
@@ -38,9 +38,9 @@ public:
     void gap() override { ++m_gaps; }
 
     /// Shows the records that have been read. `nowMs` is the time of a monotonic clock. A record that may still get
-    /// further lines is shown by the first call without new bytes. An open trail is shown when there were no new bytes
-    /// for longer than TrailAssembler::kTrailGapMs. If a log is followed, the entries that --tail selects are shown by
-    /// the first call without new bytes.
+    /// further lines is shown by the first call without new bytes since the previous call. If a log is followed, this
+    /// call also shows the entries that --tail selects. An open trail is shown when there were no new bytes for longer
+    /// than TrailAssembler::kTrailGapMs.
     void showPending(LocalMs nowMs);
 
     /// The time of the last showPending() call that had new bytes to show. The first call counts as such a call.
@@ -73,7 +73,8 @@ public:
     /// Number of gaps that the Follower reported.
     [[nodiscard]] unsigned int gaps() const noexcept { return m_gaps; }
 
-    /// Number of entries that begin with a record without a header and were not selected, if the filter needs a header.
+    /// If the filter needs a header: the number of entries that were not selected and begin with a record without a
+    /// header. Otherwise 0.
     [[nodiscard]] unsigned long long undecided() const noexcept { return m_undecided; }
 
 private:
