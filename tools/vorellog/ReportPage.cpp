@@ -69,12 +69,12 @@ bool comesBefore(const Tally& a, const Tally& b) {
 }  // namespace
 
 std::string Report::page(std::string_view name) const {
-    const std::string_view page = kReportTemplate;
-    const std::size_t place = page.find(kReportDataPlace);
-    std::string out(page.substr(0, place));
-    out += data(name);
-    out += page.substr(place + kReportDataPlace.size());
-    return out;
+    std::string page;
+    for (const std::string_view piece : kReportPieces) {
+        page += piece;
+    }
+    page.replace(page.find(kReportDataPlace), kReportDataPlace.size(), data(name));
+    return page;
 }
 
 std::string Report::data(std::string_view name) const {
