@@ -245,8 +245,8 @@ BaseString<T>& BaseString<T>::vformat(const T* fmt, va_list args) {
         return *this;
     }
     if (!m_data) {
-        // Most texts are short. Measuring the length, as below, opens a file and takes twenty times as long as this
-        // attempt.
+        // Most texts are short. `calculateSnprintFBufferSize`, which is called below, opens the null device and takes
+        // twenty times as long as this attempt.
         T text[kShortText];
         errno = 0;
         const int written = baseutil::vboundedFormat(text, kShortText, fmt, args);
