@@ -10,10 +10,10 @@ Each environment is clang with a target, a C++ library and the Windows headers o
     includes all system headers with the macros of GCC, and then defines the macros of Microsoft's compiler instead.
     Each public header is also checked separately.
 
-If the compiler has no messages for a source, the script does not compile the source again, in any clone of this user
-(like tidy.py). For this purpose, it stores an empty file. The name of the file is a digest of the compiler's version
-and options, the prelude, the source, and the headers of the project that the source includes. The digest does not
-include the content of the system headers.
+If the compiler has no messages for a source, the script stores an empty file in the user's cache, as tidy.py does. So it
+does not compile the same source again, in any of the user's clones of the repository. The name of the file is a digest
+of the compiler's version and options, the prelude, the source, and the headers of the project that the source includes.
+The digest does not include the content of the system headers.
 """
 
 import argparse
