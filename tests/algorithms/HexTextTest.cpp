@@ -76,8 +76,8 @@ struct InAvx2Blocks {
     }
 };
 
-/// The encoder without AVX2: SSE2 blocks, or the scalar loop for fewer than eight bytes. If the processor has AVX2, the
-/// encoder works in this way only for fewer than sixteen bytes.
+/// `encodeHex` with AVX2 switched off: SSE2 blocks, or the scalar loop for fewer than eight bytes. With AVX2, it would
+/// use SSE2 only for fewer than sixteen bytes.
 template <class T>
 struct InSse2Blocks {
     using Unit = T;

@@ -23,7 +23,7 @@ using StressCounts = std::map<StressLineId, unsigned int>;
 class LogWriters {
 public:
     static constexpr unsigned int kThreads = 2;     ///< the threads of each process
-    static constexpr unsigned int kWithoutEnd = 0;  ///< as `lines` of start(): write until kill() is called
+    static constexpr unsigned int kWithoutEnd = 0;  ///< a value of `lines` for start(): write until kill() is called
 
     LogWriters(const std::string& logPath, const TemporaryFolder& folder, long long limitBytes);
 
