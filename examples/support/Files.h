@@ -1,6 +1,6 @@
 /// \file
-/// Reading and writing whole files. Uses <cstdio> instead of <fstream>, because this compiler's C++ runtime was built
-/// for an older C runtime. So the size of a file stream in the C++ runtime differs from the size in the headers.
+/// Reading and writing whole files. Uses <cstdio>, because file streams (<fstream>) crash with GCC 12 and UCRT: its C++
+/// runtime was built for an older C runtime, in which a stream object has another size.
 #pragma once
 
 #include <optional>
