@@ -1,9 +1,9 @@
 /// \file
 /// A text that changes while a function reads it, for example after the function has counted the units and before it
 /// copies them. A text in shared memory can change this way. The first and the last units of the text are in different
-/// pages, and at most one of these pages is accessible at a time. An access to the inaccessible page is a fault. The
-/// fault handler makes this page accessible and the other page inaccessible, which is called a switch. The text changes
-/// at the switch that the test chooses, so the result does not depend on timing.
+/// pages. At first, both pages are inaccessible. An access to an inaccessible page is a fault. The fault handler makes
+/// this page accessible and the other page inaccessible. Each fault, including the first, is called a switch. The text
+/// changes at the switch that the test chooses, so the result does not depend on timing.
 ///
 ///     test::ChangingText<char> text("aaaa", "%%%%");
 ///     unsigned int nth = 0;
@@ -110,8 +110,8 @@ private:
     unsigned int m_faults = 0;
 };
 
-/// A text of `T` that repeats one pattern before the change and another pattern after it. The middle page does not
-/// change.
+/// A text with units of type `T`. At first, the text repeats one pattern. At the chosen switch, its first and last
+/// pages change to another pattern; the middle page does not change.
 template <class T>
 class ChangingText {
 public:

@@ -1,5 +1,6 @@
 /// \file
-/// Typed tests for narrow and wide text with one table: the texts are narrow and are widened for `wchar_t`.
+/// For typed tests that run with `char` and with `wchar_t`. A test has each text once, as narrow text, and `test::text`
+/// widens it for `wchar_t`.
 ///
 ///     TYPED_TEST_SUITE(BaseStringTest, test::CharacterTypes, test::CharacterNames);
 ///     EXPECT_EQ(string.view(), test::text<TypeParam>("abc"));

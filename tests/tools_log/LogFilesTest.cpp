@@ -77,7 +77,7 @@ TEST_F(LogFilesTest, OpenLogCanBeWrittenAndRotated) {
     EXPECT_EQ(contentOf(*open), test::readFileBytes(log.backupPath()).value());
 }
 
-/// The numbers of lines such as "line 7." in `text`.
+/// The numbers in the lines of `text`, in their order, such as 7 in "line 7.".
 std::vector<int> numbersIn(const std::string& text) {
     constexpr std::string_view kLine = "line ";
     std::vector<int> numbers;
