@@ -127,7 +127,7 @@ int iconv_open(const char* to, const char* from) {
         if (converter.handle() == 0) {
             return fail(EINVAL);
         }
-        // By design, a `to` that is ignored is checked as code page 0, the ANSI code page of the process.
+        // If both are given, `to` is ignored. By design, the process must then have a usable ANSI code page.
         if (to && converter.to == 0 && !isUsable(CP_ACP)) {
             return fail(EINVAL);
         }
