@@ -16,7 +16,7 @@ class Input {
 public:
     /// Uses the text given by --text, or opens the file given by the first operand. If neither is given, or the operand
     /// is "-", uses standard input.
-    /// \throws tools::Failure if the file cannot be opened; tools::UsageError if --text and a file are given.
+    /// \throws tools::Failure if the file cannot be opened; tools::UsageError if --text and an operand are given.
     explicit Input(const tools::Arguments& arguments);
 
     /// Reads up to `size` bytes into `buffer` and returns their number. Returns 0 only at the end of the input.
