@@ -7,8 +7,9 @@
 /// is above 1, the library is faster.
 ///
 /// The spread is the interquartile range of the ratios of the rounds, divided by their median. Each peer has
-/// its own spread. A case with a spread above 20 % is measured up to three times, and the measurement whose largest
-/// spread is the smallest is kept. Results whose spread is still above 20 % are marked, and `finish` prints a warning.
+/// its own spread. If any spread of a case is above 20 %, the case is measured again, up to three times in total.
+/// The worst spread of each measurement is compared, and the best measurement is kept. Results whose spread is still
+/// above 20 % are marked, and `finish` prints a warning.
 #pragma once
 
 #include <cstddef>
