@@ -107,8 +107,8 @@ KernelHandle mapFile(const wchar_t* fileName, const MappingKind& kind, SharedSec
         mappingCreated = mapping && wasNew();
         const int error = static_cast<int>(GetLastError());  // the creation's error, which opening could replace
         if (!mapping && kind.hasSize()) {
-            // Another caller may have created the mapping first. Everyone may open it, but nobody may create it again,
-            // because creating requests the right to change its security.
+            // Another caller may have created the mapping first. Then CreateFileMappingW fails, because it also
+            // requests the right to change the mapping's security. Opening the mapping does not request this right.
             mapping = kind.open();
         }
         if (mapping) {
