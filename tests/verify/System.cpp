@@ -14,7 +14,8 @@ namespace verify {
 
 namespace {
 
-/// The last part of the system's version, which updates increase, or 0 if the registry does not contain it.
+/// The last part of the system's version; each update of the system increases it. Returns 0 if the registry does not
+/// contain it.
 DWORD updateRevision() {
     DWORD revision = 0;
     DWORD size = sizeof revision;

@@ -178,7 +178,7 @@ TEST_F(AutoMutexSteps, NameOfAnyLengthIsPrefixedWithTheGlobalNamespace) {
     }
 }
 
-TEST_F(AutoMutexSteps, NameThatGrowsDuringTheCallIsTerminated) {
+TEST_F(AutoMutexSteps, NameThatGrowsDuringTheCallIsTruncated) {
     std::wstring created;
     const ImportHook<importedCreateMutexW> create(
         [&](LPSECURITY_ATTRIBUTES attributes, BOOL isOwned, const wchar_t* name) {
@@ -310,7 +310,7 @@ protected:
         EXPECT_EQ(call<test::GetLockCount>(m_other), 0);
     }
 
-    /// The messages of the exception that a call throws if it cannot count a hold of the calling thread.
+    /// The messages of the exception that `operation` throws if the thread that ended is still recorded as the owner.
     [[nodiscard]] std::vector<std::wstring> messagesOfFailure(const std::wstring& operation) const {
         return {L"Mutex " + m_name +
                     L": Trying to increment lock count from a thread that does not own the mutex.  Current owner = " +
