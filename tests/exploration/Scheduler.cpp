@@ -223,8 +223,8 @@ private:
                 return;
             }
             // Leaving a task that can continue is a preemption. The end of a time limit or of a sleep also counts as a
-            // preemption if a task can continue, or if another time limit or sleep would end first. So a task cannot try
-            // again and again, with time limits or sleeps, while another task can continue.
+            // preemption if a task can continue, or if another time limit or sleep would end first. So a task cannot
+            // retry without a limit, by timeouts or sleeps, while another task can continue.
             unsigned int preemptions = lastCanContinue && id != *m_last ? 1 : 0;
             if (task.canContinue()) {
                 offer(options, {Option::Kind::Run, id, preemptions});
