@@ -36,7 +36,7 @@ endforeach()
 
 # The options from pkg-config do not choose the C runtime. So the headers must refuse a compiler whose default is
 # another C runtime, and both .pc files must state the requirements.
-separate_arguments(options UNIX_COMMAND "${OPTIONS}")
+set(options ${OPTIONS})
 list(FILTER options INCLUDE REGEX "^--target=")
 query_pkg_config(vorelCore flags)
 execute_process(
