@@ -82,7 +82,7 @@ Step findIn(std::size_t count) {
 void maps(Growth& growth) {
     constexpr std::size_t kBytesPerEntry = 64;  // a node, the header of its block, and a bucket
     const std::vector<std::size_t> numbers = numbersUpTo(kTenMillion);
-    growth.measure({"HashMap: insert into a new one, remove all", numbers, kBytesPerEntry, insertInto<OurMap>,
+    growth.measure({"HashMap: insert into a new map, destroy the map", numbers, kBytesPerEntry, insertInto<OurMap>,
                     "std::unordered_map", insertInto<StandardMap>});
     growth.measure({"HashMap: find, in random order", numbers, kBytesPerEntry, findIn<OurMap>, "std::unordered_map",
                     findIn<StandardMap>});
