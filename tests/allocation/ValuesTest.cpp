@@ -158,12 +158,12 @@ void readOwnMemory(Attempt& attempt) {
     }
     bool result = false;
     attempt.perform(
-        [&] { result = util::stringToIntegerArray(reinterpret_cast<const wchar_t*>(&values[0]), values, Append); });
+        [&] { result = util::stringToIntegerArray(reinterpret_cast<const wchar_t*>(values.data()), values, Append); });
     attempt.expectCompleted();
     EXPECT_EQ(result, !attempt.allocationFailed());
     if constexpr (Append) {
         EXPECT_TRUE(result ? values.size() == 8 : values.size() == 4 || values.size() == 5) << values.size();
-        EXPECT_EQ(std::memcmp(&values[0], text, sizeof text), 0);
+        EXPECT_EQ(std::memcmp(values.data(), text, sizeof text), 0);
     } else {
         ASSERT_EQ(values.size(), result ? 4u : 0u);
         EXPECT_TRUE(!result || (values[0] == 4 && values[3] == 7));
