@@ -52,8 +52,12 @@ Handle startWriter(const std::string& arguments) {
     STARTUPINFOA startup = {};
     startup.cb = sizeof startup;
     PROCESS_INFORMATION started = {};
-    CreateProcessA(program.data(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                   &started);
+    // Wine rarely fails to start a program.
+    constexpr int kAttempts = 3;
+    for (int attempt = 0; attempt != kAttempts && !started.hProcess; ++attempt) {
+        CreateProcessA(program.data(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
+                       &started);
+    }
     const Handle thread = owned(started.hThread);
     return owned(started.hProcess);
 }
